@@ -1,0 +1,51 @@
+// Threads with a stack of a chosen size, and ways to give the processor away.
+#pragma once
+
+#include <cstddef>
+
+namespace quill::platform {
+
+// One operating-system thread, or none. Owned by the thread that starts it.
+class Thread {
+ public:
+  using Entry = void (*)(void* argument);
+
+  Thread() = default;
+  Thread(const Thread&) = delete;
+  Thread& operator=(const Thread&) = delete;
+  // Requires: no thread runs (join first).
+  ~Thread() = default;
+
+  // Starts entry(argument) on a new thread with at least stackBytes of stack and, where the system lets
+  // it, a priority just below normal.
+  // On failure: false, and no thread runs.
+  bool start(Entry entry, void* argument, std::size_t stackBytes);
+
+  // Waits for the thread's end; does nothing when none runs. Blocks.
+  void join();
+
+  bool isRunning() const { return running_; }
+
+ private:
+  struct Start {
+    Entry entry;
+    void* argument;
+  };
+#ifdef _WIN32
+  static unsigned long __stdcall run(void* self);
+#else
+  static void* run(void* self);
+#endif
+
+  Start start_{};
+  unsigned long long handle_ = 0;
+  bool running_ = false;
+};
+
+// Lets another ready thread run; returns at once when there is none.
+void yieldThread();
+
+// Gives the processor up for about the given time.
+void sleepMicroseconds(unsigned microseconds);
+
+}  // namespace quill::platform

@@ -1,0 +1,75 @@
+// Two small text facilities: a reference-counted string, and the tokenizer for the words of a command.
+//
+// Threads: reference counts are not atomic; a block must not be shared between threads.
+#pragma once
+
+#include <cstdint>
+
+namespace quill {
+
+// A byte string whose copies share one heap block until one of them is appended to. An empty handle has
+// no block and reads as "". Lengths are signed 32-bit.
+// On failure of an allocation: "malloc failed" or "realloc failed" on standard output, and the program
+// aborts; it does not try to go on without memory for text.
+class EngineString {
+ public:
+  EngineString() = default;
+  // A copy of the text; a null text makes an empty string with a block of its own.
+  explicit EngineString(const char* text);
+  // A block of the given size holding the first size - 1 characters of text and a terminator.
+  static EngineString makeN(const char* text, std::int32_t size);
+  EngineString(const EngineString& other);
+  EngineString(EngineString&& other) noexcept;
+  EngineString& operator=(const EngineString& other);
+  EngineString& operator=(EngineString&& other) noexcept;
+  ~EngineString();
+
+  // Appends n characters; nothing happens when text is null or n is not positive.
+  EngineString& append(const char* text, std::int32_t n);
+  EngineString& appendText(const char* text);
+  EngineString& appendChar(char c);
+  EngineString& appendInt(int value);
+
+  // The characters from start up to, not including, min(end, length).
+  EngineString substring(std::int32_t start, std::int32_t end) const;
+
+  const char* text() const;  // 0-terminated
+  std::int32_t length() const;
+  bool isEmpty() const { return length() == 0; }
+  // Handles that share the block, 0 without one.
+  std::int32_t refs() const;
+
+ private:
+  struct Block;
+  void release();
+  Block* block_ = nullptr;
+};
+
+// ASCII letter case does not count.
+bool equalsIgnoreCase(const char* a, const char* b);
+
+// The decimal number that the text begins with (blanks and a sign may precede it), 0 when there is none;
+// saturates at the ends of the type's range instead of overflowing.
+std::int32_t parseInt(const char* text);
+std::int64_t parseInt64(const char* text);
+
+// Hands out the words of one command line, separated by blanks and tabs.
+class Tokenizer {
+ public:
+  // Takes the rest of a command line; leading separators are dropped.
+  void setArgs(const char* text);
+  // Removes the first pos characters and the separators behind them.
+  void dropLeading(std::int32_t pos);
+  // The next word, an empty string when none is left.
+  EngineString nextToken();
+  // parseInt of the next word, or the default when there is none.
+  std::int32_t nextInt(std::int32_t defaultValue);
+  bool argsLeft() const;
+  // What has not been consumed yet.
+  const char* rest() const;
+
+ private:
+  EngineString argRest_;
+};
+
+}  // namespace quill
