@@ -38,8 +38,6 @@ function(quill_tests folder)
   set(program ${folder}_tests)
   add_executable(${program} ${sources})
   target_link_libraries(${program} PRIVATE quill_test_support ${ARGN})
-  target_compile_definitions(${program} PRIVATE
-    QUILL_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
   gtest_discover_tests(${program} DISCOVERY_MODE PRE_TEST
     TEST_FILTER "-*Slow.*" PROPERTIES TIMEOUT 600)
   gtest_discover_tests(${program} DISCOVERY_MODE PRE_TEST

@@ -1,0 +1,15 @@
+// The three hundred reference positions: values that an independent writing of the same rules gives.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <vector>
+
+namespace quill::test {
+
+// One object for each position of tests/data/reference_positions.jsonl; read once.
+const std::vector<nlohmann::json>& referencePositions();
+
+// The number in a text of hexadecimal digits.
+std::uint64_t parseHex(const nlohmann::json& text);
+
+}  // namespace quill::test
