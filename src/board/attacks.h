@@ -1,9 +1,9 @@
-// Attack sets and the geometry of the board, precomputed once by initTables and read-only afterwards,
-// so that every thread reads them without locking.
+// Attack sets and the geometry of the board, precomputed once by initTables and read-only
+// afterwards, so that every thread reads them without locking.
 //
-// Slider attacks come from magic multiplication: the occupancy of the squares that matter is multiplied
-// so that its bits gather at the top, and the top bits index the set. Lines contain the squares that they
-// are named by; attack sets never contain the square of the attacker.
+// Slider attacks come from magic multiplication: the occupancy of the squares that matter is
+// multiplied so that its bits gather at the top, and the top bits index the set. Lines contain the
+// squares that they are named by; attack sets never contain the square of the attacker.
 #pragma once
 
 #include "board/codes.h"
@@ -12,7 +12,7 @@ namespace quill {
 
 // One square's part of a magic table.
 struct Magic {
-  Bitboard mask;          // relevant occupancy: the piece's lines without the square and the board edge
+  Bitboard mask;  // relevant occupancy: the piece's lines without the square and the board edge
   std::uint64_t factor;   // the magic multiplier
   const Bitboard* table;  // the square's block of attack sets
   unsigned shift;         // 64 minus the index width
@@ -64,8 +64,8 @@ inline constexpr const auto& bishopMagic = detail::attackStore.bishopMagic;
 // The squares one king step, one knight jump away.
 inline constexpr const auto& kingAttacks = detail::attackStore.kingAttacks;
 inline constexpr const auto& knightAttacks = detail::attackStore.knightAttacks;
-// [colour][square]: what a pawn of the colour on the square attacks; also the squares from which a pawn
-// of the other colour attacks the square. Empty on the colour's last rank.
+// [colour][square]: what a pawn of the colour on the square attacks; also the squares from which a
+// pawn of the other colour attacks the square. Empty on the colour's last rank.
 inline constexpr const auto& pawnAttacks = detail::attackStore.pawnAttacks;
 // Reachable by two knight jumps, the square itself included.
 inline constexpr const auto& twoKnightMoves = detail::attackStore.twoKnightMoves;
@@ -79,24 +79,25 @@ inline constexpr const auto& queenLines = detail::attackStore.queenLines;
 
 // [a][b]: the squares strictly between two squares on a common line; empty when there are none.
 inline constexpr const auto& between = detail::attackStore.between;
-// [a][b]: the whole line through two aligned squares, edge to edge; empty when they are not aligned;
-// line[s][s] is the file of s.
+// [a][b]: the whole line through two aligned squares, edge to edge; empty when they are not
+// aligned; line[s][s] is the file of s.
 inline constexpr const auto& line = detail::attackStore.line;
 
 inline constexpr const auto& adjacentFiles = detail::attackStore.adjacentFiles;
-// [colour][square]: the squares ahead on the file up to and including the last rank; on the last rank
-// the square itself.
+// [colour][square]: the squares ahead on the file up to and including the last rank; on the last
+// rank the square itself.
 inline constexpr const auto& frontSpan = detail::attackStore.frontSpan;
 // [colour][square]: the squares ahead on the file and both adjacent files, without the last rank.
 inline constexpr const auto& passedSpan = detail::attackStore.passedSpan;
 
-// [colour][square]: from where a king (a knight) still catches a pawn of the colour that stands on the
-// square. Built rank by rank from the promotion square back; empty on ranks 1 and 8. For the pawn races
-// of the evaluation.
+// [colour][square]: from where a king (a knight) still catches a pawn of the colour that stands on
+// the square. Built rank by rank from the promotion square back; empty on ranks 1 and 8. For the
+// pawn races of the evaluation.
 inline constexpr const auto& pawnCone = detail::attackStore.pawnCone;
 inline constexpr const auto& pawnKnightCone = detail::attackStore.pawnKnightCone;
 
-// What a slider attacks, up to and including the first occupied square of either colour on each line.
+// What a slider attacks, up to and including the first occupied square of either colour on each
+// line.
 inline Bitboard rookAttacks(Square square, Bitboard occupancy) {
   const Magic& m = rookMagic[square];
   return m.table[((occupancy & m.mask) * m.factor) >> m.shift];
@@ -111,7 +112,8 @@ inline Bitboard queenAttacks(Square square, Bitboard occupancy) {
 
 // King steps, knight jumps from every square of a set.
 Bitboard knightSpread(Bitboard set);
-// The set widened by one file to each side, then by one rank up and down: itself and all king steps.
+// The set widened by one file to each side, then by one rank up and down: itself and all king
+// steps.
 constexpr Bitboard grow(Bitboard set) {
   Bitboard wide = set | ((set >> 1) & NotFileH);
   wide |= (wide << 1) & NotFileA;

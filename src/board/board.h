@@ -1,9 +1,9 @@
 // The position record that the console and every search thread own a copy of.
 //
-// A Board keeps the position twice, as bitboards by colour and type and as a byte for each square, with
-// its Zobrist keys, a material signature for each side, the attack information that move generation and
-// the search read, and two stacks (moves and keys) by which repetitions are found and lines are replayed.
-// Everything is plain data. A Board belongs to one thread at a time.
+// A Board keeps the position twice, as bitboards by colour and type and as a byte for each square,
+// with its Zobrist keys, a material signature for each side, the attack information that move
+// generation and the search read, and two stacks (moves and keys) by which repetitions are found
+// and lines are replayed. Everything is plain data. A Board belongs to one thread at a time.
 #pragma once
 
 #include <array>
@@ -23,7 +23,8 @@ struct Side {
   // Material signature, the sum of MaterialIncrement over the side's pieces:
   //   bits 0-7    points without pawns (knight and bishop 3, rook 5, queen 10)
   //   bits 8-11   pawns        bits 12-15  knights      bits 16-19  bishops
-  //   bits 20-23  rooks        bits 24-27  queens       bits 28-31  pieces other than pawns and king
+  //   bits 20-23  rooks        bits 24-27  queens       bits 28-31  pieces other than pawns and
+  //   king
   std::uint32_t material;
 };
 
@@ -32,11 +33,21 @@ inline constexpr std::array<std::uint32_t, 8> MaterialIncrement = {
 
 constexpr int materialPoints(std::uint32_t signature) { return static_cast<int>(signature & 0xFF); }
 constexpr int pawnCount(std::uint32_t signature) { return static_cast<int>((signature >> 8) & 15); }
-constexpr int knightCount(std::uint32_t signature) { return static_cast<int>((signature >> 12) & 15); }
-constexpr int bishopCount(std::uint32_t signature) { return static_cast<int>((signature >> 16) & 15); }
-constexpr int rookCount(std::uint32_t signature) { return static_cast<int>((signature >> 20) & 15); }
-constexpr int queenCount(std::uint32_t signature) { return static_cast<int>((signature >> 24) & 15); }
-constexpr int pieceCount(std::uint32_t signature) { return static_cast<int>((signature >> 28) & 15); }
+constexpr int knightCount(std::uint32_t signature) {
+  return static_cast<int>((signature >> 12) & 15);
+}
+constexpr int bishopCount(std::uint32_t signature) {
+  return static_cast<int>((signature >> 16) & 15);
+}
+constexpr int rookCount(std::uint32_t signature) {
+  return static_cast<int>((signature >> 20) & 15);
+}
+constexpr int queenCount(std::uint32_t signature) {
+  return static_cast<int>((signature >> 24) & 15);
+}
+constexpr int pieceCount(std::uint32_t signature) {
+  return static_cast<int>((signature >> 28) & 15);
+}
 
 // The pieces themselves, and what is derived from them alone.
 struct Placement {
@@ -55,23 +66,25 @@ struct UndoInfo {
   // Every square that the side not to move attacks, with the king of the side to move taken off the
   // board, so that a king can't step back along a slider's line. Valid after updateAttackInfo.
   Bitboard enemyAttacks;
-  // blockers[c]: the pieces of either colour that stand alone between c's king and an enemy slider on a
-  // common line: c's pinned pieces and the enemy's discovered-check candidates. Valid like enemyAttacks.
+  // blockers[c]: the pieces of either colour that stand alone between c's king and an enemy slider
+  // on a common line: c's pinned pieces and the enemy's discovered-check candidates. Valid like
+  // enemyAttacks.
   std::array<Bitboard, 2> blockers;
-  // The ply of the last capture, pawn move or null move; ply - lastIrreversible is the fifty-move count.
-  // Below 0 only after rebaseStacks cut off a quiet stretch longer than what it keeps.
+  // The ply of the last capture, pawn move or null move; ply - lastIrreversible is the fifty-move
+  // count. Below 0 only after rebaseStacks cut off a quiet stretch longer than what it keeps.
   std::int32_t lastIrreversible;
   std::uint8_t castling;  // WhiteShort 1, BlackShort 2, WhiteLong 4, BlackLong 8
-  // Square of the pawn itself that has just made a double step, not the square that it passed; 0 for
-  // none. makeMove sets it only when an enemy pawn stands beside it; setFen takes what the text claims.
+  // Square of the pawn itself that has just made a double step, not the square that it passed; 0
+  // for none. makeMove sets it only when an enemy pawn stands beside it; setFen takes what the text
+  // claims.
   std::uint8_t epSquare;
 };
 
 struct Board : Placement, UndoInfo {
-  Colour stm;                                 // side to move
-  int ply;                                    // index of the top of both stacks
-  int plyOffset;                              // plies that rebaseStacks dropped, always even
-  std::array<Move, StackSize> moves;          // moves[p] led to ply p; moves[0] is 0, a null move is 0
+  Colour stm;                         // side to move
+  int ply;                            // index of the top of both stacks
+  int plyOffset;                      // plies that rebaseStacks dropped, always even
+  std::array<Move, StackSize> moves;  // moves[p] led to ply p; moves[0] is 0, a null move is 0
   std::array<std::uint64_t, StackSize> keys;  // key at ply p, written when the move from p is made
 
   Board() { clear(); }
@@ -102,9 +115,10 @@ struct Board : Placement, UndoInfo {
 };
 
 // Makes room on the stacks when a long game has nearly filled them: keeps the entries since
-// lastIrreversible (at most 512; far more than the hundred that the draw rules look at), at least the two
-// dozen that the display shows, and the parity of ply. gamePly() does not change. To be called before
-// each move that is played on a game's Board; does nothing while there is room enough for a search.
+// lastIrreversible (at most 512; far more than the hundred that the draw rules look at), at least
+// the two dozen that the display shows, and the parity of ply. gamePly() does not change. To be
+// called before each move that is played on a game's Board; does nothing while there is room enough
+// for a search.
 void rebaseStacks(Board& board);
 
 // Stack entries that stay free for a search behind a game's moves.

@@ -7,8 +7,8 @@
 
 namespace quill {
 
-// Writes the diagram, up to 24 half-moves of history, a material summary, the FEN text and both keys.
-// A missing stream means standard output.
+// Writes the diagram, up to 24 half-moves of history, a material summary, the FEN text and both
+// keys. A missing stream means standard output.
 void printBoard(const Board& board, std::FILE* stream = nullptr);
 
 }  // namespace quill

@@ -1,7 +1,8 @@
 // Conversion between a Board and Forsyth-Edwards Notation.
 //
 // The reader is tolerant: trailing fields may be missing, a rank field may be empty, the en-passant
-// field may name the passed square or the pawn's own (as the writer does). Move counters are ignored.
+// field may name the passed square or the pawn's own (as the writer does). Move counters are
+// ignored.
 #pragma once
 
 #include "board/board.h"

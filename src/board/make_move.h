@@ -1,7 +1,7 @@
 // Making and taking back moves on a Board, and the attack information for the side to move.
 //
-// The road of one move: copy the UndoInfo, makeMove, updateAttackInfo, ..., unmakeMove with the copy.
-// Nothing here allocates or recomputes a key from scratch.
+// The road of one move: copy the UndoInfo, makeMove, updateAttackInfo, ..., unmakeMove with the
+// copy. Nothing here allocates or recomputes a key from scratch.
 #pragma once
 
 #include <span>
@@ -19,9 +19,13 @@ void makeMove(Board& board, Move move);
 void unmakeMove(Board& board, Move move, const UndoInfo& undo);
 
 // Passes the turn; counts as irreversible. Attack information is stale afterwards.
-// Requires: the side to move is not in check (the console's "%" may break this); ply < StackSize - 1.
+// Requires: the side to move is not in check (the console's "%" may break this); ply < StackSize
+// - 1.
 void makeNullMove(Board& board);
 void unmakeNullMove(Board& board, const UndoInfo& undo);
+
+// Every square that the colour attacks, with the other colour's king taken off the board.
+Bitboard attacksBy(const Board& board, Colour colour);
 
 // Recomputes enemyAttacks and blockers for the side now to move.
 void updateAttackInfo(Board& board);

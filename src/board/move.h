@@ -3,13 +3,10 @@
 //   bits   field        meaning
 //   0-7    to           destination (castling: the king's, g1/c1/g8/c8)
 //   8-15   from         origin (castling: the king's)
-//   16-23  captured     code of the captured piece with its colour bits, 0 for none; en passant: the pawn
-//   24-26  promotion    type promoted to (Knight..Queen), 0 for none
-//   27     en passant
-//   28     castling
-//   29     double step  a pawn's two-square advance
-//   30     mark         free for the search; the generators never set it
-//   31                  always 0
+//   16-23  captured     code of the captured piece with its colour bits, 0 for none; en passant:
+//   the pawn 24-26  promotion    type promoted to (Knight..Queen), 0 for none 27     en passant 28
+//   castling 29     double step  a pawn's two-square advance 30     mark         free for the
+//   search; the generators never set it 31                  always 0
 #pragma once
 
 #include "board/codes.h"

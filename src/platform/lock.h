@@ -12,7 +12,8 @@ namespace quill::platform {
 class SpinLock {
  public:
   void lock() {
-    // A holder may have been preempted when threads outnumber processors: spin a little, then yield.
+    // A holder may have been preempted when threads outnumber processors: spin a little, then
+    // yield.
     for (int tries = 0; !try_lock(); ++tries) {
       if (tries >= SpinsBeforeYield) yieldThread();
     }

@@ -16,9 +16,8 @@ class Thread {
   // Requires: no thread runs (join first).
   ~Thread() = default;
 
-  // Starts entry(argument) on a new thread with at least stackBytes of stack and, where the system lets
-  // it, a priority just below normal.
-  // On failure: false, and no thread runs.
+  // Starts entry(argument) on a new thread with at least stackBytes of stack and, where the system
+  // lets it, a priority just below normal. On failure: false, and no thread runs.
   bool start(Entry entry, void* argument, std::size_t stackBytes);
 
   // Waits for the thread's end; does nothing when none runs. Blocks.

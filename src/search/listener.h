@@ -1,5 +1,5 @@
-// The one small interface through which a search tells of its progress. The protocol implements it for a
-// GUI; tests record it.
+// The one small interface through which a search tells of its progress. The protocol implements it
+// for a GUI; tests record it.
 #pragma once
 
 #include "board/move.h"
@@ -14,8 +14,8 @@ class SearchListener {
   // Before a root move is searched: the iteration's depth, the move's place counted from 0.
   virtual void reportCurrentMove(int depth, int moveIndex, Move move) = 0;
 
-  // A root move got a new principal variation, or the first one failed low. The score is in centipawns,
-  // side to move's view; the line itself is in the RootMoveList.
+  // A root move got a new principal variation, or the first one failed low. The score is in
+  // centipawns, side to move's view; the line itself is in the RootMoveList.
   virtual void reportPv(int depth, int score, Move move) = 0;
 
   // Once at the end of every search, with the last iteration's depth and the best root move (0: no

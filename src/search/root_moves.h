@@ -23,9 +23,11 @@ struct RootMove {
 };
 
 struct RootMoveList {
-  std::array<std::uint32_t, MaxMoves> order;  // indices into records and lines; order[0] is the best move
+  std::array<std::uint32_t, MaxMoves>
+      order;  // indices into records and lines; order[0] is the best move
   std::array<RootMove, MaxMoves> records;
-  std::array<std::array<Move, MaxSearchPly>, MaxMoves> lines;  // 0-terminated, the move itself first
+  std::array<std::array<Move, MaxSearchPly>, MaxMoves>
+      lines;  // 0-terminated, the move itself first
   std::uint32_t count;
 
   // Forgets all moves; record 0 then reads as "no move".
@@ -43,8 +45,8 @@ struct RootMoveList {
 // Lines that a search follows: max(1, min(multiPv, count)).
 int lineCount(const RootMoveList& list, int multiPv);
 
-// Fills the list with the legal moves of the worker's board, ordered by static exchange. Returns their
-// number; with none, record 0's score is -30000 in check and 0 otherwise.
+// Fills the list with the legal moves of the worker's board, ordered by static exchange. Returns
+// their number; with none, record 0's score is -30000 in check and 0 otherwise.
 int initRootMoves(RootMoveList& list, Worker& worker);
 
 // Moves the record at slot to its place among the first min(multiPv, count); returns its new slot.

@@ -1,12 +1,12 @@
 // The transposition table: what is known of a position, shared by all search threads without locks.
 //
-// An entry has 16 bytes, a bucket four entries in one cache line. Replacement prefers entries of earlier
-// searches, then low depth.
+// An entry has 16 bytes, a bucket four entries in one cache line. Replacement prefers entries of
+// earlier searches, then low depth.
 //
-// Threads: an entry is read and written as two relaxed 64-bit atomics. A reader may see halves of two
-// writers; the lock comparison and the legality test of the move in probe make that harmless: a wrong
-// score can mislead the search, never make it play an illegal move. resize and clear run only while no
-// search does.
+// Threads: an entry is read and written as two relaxed 64-bit atomics. A reader may see halves of
+// two writers; the lock comparison and the legality test of the move in probe make that harmless: a
+// wrong score can mislead the search, never make it play an illegal move. resize and clear run only
+// while no search does.
 #pragma once
 
 #include <atomic>
@@ -46,9 +46,9 @@ class Tt {
   Tt(const Tt&) = delete;
   Tt& operator=(const Tt&) = delete;
 
-  // Sets the size to the largest power of two not above the request, at least 256 KB, and empties the
-  // table; a request for the present size changes nothing. Returns the bytes obtained.
-  // On failure: retries with half the size, one log line each; below 64 bytes the program ends.
+  // Sets the size to the largest power of two not above the request, at least 256 KB, and empties
+  // the table; a request for the present size changes nothing. Returns the bytes obtained. On
+  // failure: retries with half the size, one log line each; below 64 bytes the program ends.
   std::uint64_t resize(std::uint64_t kilobytes);
 
   void clear();

@@ -1,9 +1,9 @@
-// One search thread's record: its own board, evaluation state and search stacks, and its part in the
-// thread pool.
+// One search thread's record: its own board, evaluation state and search stacks, and its part in
+// the thread pool.
 //
-// Threads: board, evaluator, killers and pv belong to the worker's own thread while a search runs; the
-// input thread copies the game position in while all threads are idle. Flags and counters that others
-// read are relaxed atomics.
+// Threads: board, evaluator, killers and pv belong to the worker's own thread while a search runs;
+// the input thread copies the game position in while all threads are idle. Flags and counters that
+// others read are relaxed atomics.
 #pragma once
 
 #include <array>
@@ -20,8 +20,8 @@ class Tt;
 class TimeControl;
 struct ThreadPool;
 
-// A count that its own thread advances and others may read, perhaps a little late. Relaxed load and store
-// cost what a plain integer does.
+// A count that its own thread advances and others may read, perhaps a little late. Relaxed load and
+// store cost what a plain integer does.
 class Counter {
  public:
   void operator++() { value_.store(value() + 1, std::memory_order_relaxed); }
@@ -55,9 +55,9 @@ struct Worker {
   Board board;
   Evaluator evaluator;  // evaluates board
   SearchStats stats;
-  int selDepth = 0;                // largest ply that the main search reached
-  std::atomic<bool> stop{false};   // unwind now; every search level returns 0 while it is set
-  KillerTable killers{};           // two quiet moves by ply, without the mark
+  int selDepth = 0;               // largest ply that the main search reached
+  std::atomic<bool> stop{false};  // unwind now; every search level returns 0 while it is set
+  KillerTable killers{};          // two quiet moves by ply, without the mark
   // Triangular table: pv[ply] is the best line found from ply, ended by 0.
   std::array<std::array<Move, MaxSearchPly>, MaxSearchPly> pv{};
 

@@ -1,4 +1,5 @@
-// Two small text facilities: a reference-counted string, and the tokenizer for the words of a command.
+// Two small text facilities: a reference-counted string, and the tokenizer for the words of a
+// command.
 //
 // Threads: reference counts are not atomic; a block must not be shared between threads.
 #pragma once
@@ -7,10 +8,10 @@
 
 namespace quill {
 
-// A byte string whose copies share one heap block until one of them is appended to. An empty handle has
-// no block and reads as "". Lengths are signed 32-bit.
-// On failure of an allocation: "malloc failed" or "realloc failed" on standard output, and the program
-// aborts; it does not try to go on without memory for text.
+// A byte string whose copies share one heap block until one of them is appended to. An empty handle
+// has no block and reads as "". Lengths are signed 32-bit. On failure of an allocation: "malloc
+// failed" or "realloc failed" on standard output, and the program aborts; it does not try to go on
+// without memory for text.
 class EngineString {
  public:
   EngineString() = default;
@@ -48,8 +49,8 @@ class EngineString {
 // ASCII letter case does not count.
 bool equalsIgnoreCase(const char* a, const char* b);
 
-// The decimal number that the text begins with (blanks and a sign may precede it), 0 when there is none;
-// saturates at the ends of the type's range instead of overflowing.
+// The decimal number that the text begins with (blanks and a sign may precede it), 0 when there is
+// none; saturates at the ends of the type's range instead of overflowing.
 std::int32_t parseInt(const char* text);
 std::int64_t parseInt64(const char* text);
 

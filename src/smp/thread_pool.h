@@ -1,11 +1,12 @@
 // The pool of search threads and the record of the search that they run.
 //
-// Worker 0, the master, runs the iterative deepening; workers 1 and up, the slaves, wait for split points.
-// The thread that reads commands never searches: startSearch returns at once.
+// Worker 0, the master, runs the iterative deepening; workers 1 and up, the slaves, wait for split
+// points. The thread that reads commands never searches: startSearch returns at once.
 //
-// Threads: the operations are called by the input thread only. rootStop, stopReason and stopRequested are
-// relaxed atomics; the root move list belongs to the master while a search runs and may be read by others
-// when the pool is idle (waitIdle orders their reads behind the master's writes).
+// Threads: the operations are called by the input thread only. rootStop, stopReason and
+// stopRequested are relaxed atomics; the root move list belongs to the master while a search runs
+// and may be read by others when the pool is idle (waitIdle orders their reads behind the master's
+// writes).
 #pragma once
 
 #include <array>
@@ -38,8 +39,8 @@ struct ThreadPool {
   // Requires: no search runs. Ends all threads.
   ~ThreadPool();
 
-  // Runs n threads, clamped to 1..16. A thread that can't be created leaves the pool with those it has.
-  // Blocks until the threads are ready or ended. Requires: no search runs.
+  // Runs n threads, clamped to 1..16. A thread that can't be created leaves the pool with those it
+  // has. Blocks until the threads are ready or ended. Requires: no search runs.
   void setThreadCount(int n);
   int threadCount() const { return threadCount_; }
 

@@ -1,11 +1,12 @@
 // How long, and for how many nodes, one search may run: the one place that decides it.
 //
-// A search has seven budgets, one for each phase, computed once from the clock. Entering a phase copies
-// its budget into the current limit, so that the polls of the search never compute anything.
+// A search has seven budgets, one for each phase, computed once from the clock. Entering a phase
+// copies its budget into the current limit, so that the polls of the search never compute anything.
 //
-// Threads: the input thread configures and starts it, the search's master thread moves it between phases,
-// all search threads read the limits. The shared fields are relaxed atomics: a stale read only shifts a
-// stop by one poll. enterPhase and ponderhit exclude each other with a lock; both are rare.
+// Threads: the input thread configures and starts it, the search's master thread moves it between
+// phases, all search threads read the limits. The shared fields are relaxed atomics: a stale read
+// only shifts a stop by one poll. enterPhase and ponderhit exclude each other with a lock; both are
+// rare.
 #pragma once
 
 #include <array>
@@ -38,7 +39,8 @@ class TimeControl {
   void setMovesToGo(int moves);  // -1 when not given
   void setClock(std::uint32_t remaining, std::uint32_t increment);
   void setCanPonder(bool canPonder);
-  // Compute the budgets of all phases from the clock, or from the node limit, and enter the normal phase.
+  // Compute the budgets of all phases from the clock, or from the node limit, and enter the normal
+  // phase.
   void allocateTime();
   void allocateNodes();
 
@@ -78,12 +80,12 @@ class TimeControl {
   void enterPhase(int phase);
 
   TickSource ticks_;
-  std::atomic<std::uint32_t> limit_{NoLimit};   // ms from startTick_
-  std::atomic<std::uint32_t> startTick_{0};     // tick count at the search's start
-  std::uint32_t increment_ = 0;                 // ms
-  std::uint32_t remaining_ = 0;                 // ms on the clock of the side to move
-  std::uint32_t reserve_ = 0;                   // ms held back from remaining_
-  int movesToGo_ = -1;                          // -1 when not given
+  std::atomic<std::uint32_t> limit_{NoLimit};  // ms from startTick_
+  std::atomic<std::uint32_t> startTick_{0};    // tick count at the search's start
+  std::uint32_t increment_ = 0;                // ms
+  std::uint32_t remaining_ = 0;                // ms on the clock of the side to move
+  std::uint32_t reserve_ = 0;                  // ms held back from remaining_
+  int movesToGo_ = -1;                         // -1 when not given
   std::array<std::atomic<std::uint32_t>, PhaseCount> phaseTime_;   // ms
   std::array<std::atomic<std::uint64_t>, PhaseCount> phaseNodes_;  // 0 = none
   std::atomic<int> phase_{0};

@@ -1,4 +1,5 @@
-// The three hundred reference positions: values that an independent writing of the same rules gives.
+// The three hundred reference positions: values that an independent writing of the same rules
+// gives.
 #pragma once
 
 #include <nlohmann/json.hpp>
