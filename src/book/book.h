@@ -1,0 +1,115 @@
+// The opening book: a file of fixed-size records, sorted by position key, that stays on disk.
+//
+// A look-up binary-searches the file and reads the few records of one position, so memory use does
+// not depend on the size of the book. The key of a position comes from its FEN text and a fixed
+// table of its own (book_keys.h), not from the engine's Zobrist keys. docs/book_format.md describes
+// the file.
+//
+// Threads: the input thread only; every look-up moves the file position.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <fstream>
+#include <optional>
+#include <span>
+
+namespace quill {
+
+// A candidate move of the probed position.
+struct BookEntry {
+  std::uint64_t key;   // look-up key of the position
+  std::uint32_t wins;  // games won after this move by the side that plays it; 0 without counts
+  std::uint32_t draws;
+  std::uint32_t losses;
+  float strength;     // 2^((elo - 2400) / 70), summed over merged records; 0 in a book without Elo
+  std::uint8_t from;  // squares in 0x88 form: file in bits 0-2, rank in bits 4-6
+  std::uint8_t to;
+};
+
+// The candidates of one position that a look-up keeps at most.
+inline constexpr int MaxBookCandidates = 32;
+
+// What the book reads from a FEN text.
+struct BookPosition {
+  std::uint64_t key;  // without the side to move
+  bool black;         // Black is to move
+  int ply;  // from the full-move number, 0 at the first move; -2 or -1 when the number is missing
+
+  std::uint64_t lookupKey() const { return key ^ (black ? 1 : 0); }
+};
+
+// The layout of a book file: the 16 bytes at its start, or the defaults for a file of bare records.
+struct BookHeader {
+  static constexpr std::uint32_t Size = 16;         // bytes of the header itself
+  static constexpr std::uint32_t ReservedFlag = 1;  // must not be set
+  static constexpr std::uint32_t CountsFlag = 2;    // records carry wins, draws and losses
+  static constexpr std::uint32_t EloFlag = 4;       // records carry an Elo value
+
+  std::uint32_t headerSize = 0;  // offset of the first record, bytes
+  std::uint32_t version = 0;     // not interpreted
+  std::uint32_t recordSize = 16;
+  std::uint32_t flags = CountsFlag;
+
+  bool hasCounts() const { return (flags & CountsFlag) != 0; }
+  bool hasElo() const { return (flags & EloFlag) != 0; }
+  // Bytes of a record with the fields that the flags announce: 10, 12, 16 or 18.
+  std::uint32_t fieldBytes() const { return 10u + (hasCounts() ? 6u : 0u) + (hasElo() ? 2u : 0u); }
+};
+
+class Book {
+ public:
+  // Opens the file for look-ups; a book opened before is closed.
+  // On failure: false, and every look-up finds nothing. A path that does not name a regular file,
+  // and a header whose record size is not the sum of its fields or that sets the reserved flag, are
+  // failures.
+  bool open(const char* path);
+
+  // Slots of the file: its size divided by the record size. The header's bytes are inside the
+  // divided size, so a book with a 16-byte header and 16-byte records counts one slot more than it
+  // has records.
+  std::uint64_t recordCount() const { return recordCount_; }
+
+  // On failure: none after one line on standard error, when the placement runs off the board.
+  static std::optional<BookPosition> bookKey(const char* fen);
+
+  // True when the book holds the key; the next record read is then the first one of that key.
+  bool find(std::uint64_t target);
+
+  // Fills candidates() for the position and returns their number, 0..MaxBookCandidates. Records
+  // that repeat the move of the record before them are merged.
+  int loadCandidates(const char* fen);
+
+  // The result of the last loadCandidates.
+  std::span<const BookEntry> candidates() const {
+    return {candidates_.data(), static_cast<std::size_t>(candidateCount_)};
+  }
+
+  bool hasElo() const { return header_.hasElo(); }
+  const BookHeader& header() const { return header_; }
+
+  // The move in coordinates (e2e4), 0-terminated; a promotion has no letter.
+  static std::array<char, 5> moveText(const BookEntry& entry);
+
+  // Reads of the file since it was opened, for measurements.
+  std::uint64_t readCount() const { return readCount_; }
+
+ private:
+  void close();
+  bool readHeader();
+  std::size_t readAt(std::uint64_t offset, std::uint8_t* out, std::size_t size);
+  std::uint64_t keyOfSlot(std::uint64_t slot);
+  BookEntry decode(const std::uint8_t* record) const;
+  bool takeCandidate(const BookEntry& entry);
+
+  std::ifstream file_;
+  BookHeader header_;
+  std::uint64_t fileSize_ = 0;
+  std::uint64_t recordCount_ = 0;
+  std::uint64_t position_ = 0;  // offset of the record that find positioned the file at
+  std::uint64_t readCount_ = 0;
+  std::array<BookEntry, MaxBookCandidates> candidates_{};
+  int candidateCount_ = 0;
+};
+
+}  // namespace quill

@@ -1,0 +1,102 @@
+// Chooses among the candidate moves of a book position: criteria exclude moves, weights turn the
+// rest into probabilities, and one of them is drawn.
+//
+// A move is excluded when it was played too rarely, scored too badly or comes from too weak a
+// source. The others are weighted by a blend of their share of the games, their score and their
+// strength; weak leftovers are cut; a random knob moves the result between the best-weighted move
+// alone and a choice in proportion to the weights.
+//
+// Threads: the input thread only.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <span>
+
+#include "board/sfmt.h"
+#include "book/book.h"
+
+namespace quill {
+
+class Settings;
+
+// The fifteen "book.play." settings. Shares and weights are fractions here, percent in the
+// settings.
+struct BookCriteria {
+  int maxPly = 0;               // no book moves at or after this ply; 0 = no limit
+  int minGames = 2;             // games of a move
+  double minGamesShare = 0.10;  // of the games of the most played admitted move
+  double minElo = 2700;
+  double maxEloDelta = 200;     // below the best admitted move's Elo
+  double minScoreWhite = 0.50;  // score 0..1 when White is to move
+  double minScoreBlack = 0.40;
+  double maxScoreDelta = 0.05;  // below the best score, where the score share reaches 0
+  double gameWeight = 1.0;      // negative prefers rarely played moves
+  double eloWeight = 1.0;
+  double scoreWeight = 0.0;
+  double winWeight = 0.0;   // shown only
+  double drawWeight = 0.0;  // shown only
+  double minWeight = 0.10;  // of the best weight; lesser weights are cut
+  double random = 1.0;      // 1 = in proportion to the weights, 0 = always the best
+};
+
+// Why a candidate may not be played; a set of bits.
+enum BookExclusion : std::uint32_t {
+  TooFewGames = 1,         // "<games"
+  TooLowElo = 2,           // "<elo", also a rating too high to be held
+  TooLowScore = 4,         // "<score"
+  TooSmallGamesShare = 8,  // "<games%"
+  TooFarBelowBestElo = 16  // "<elo+-"
+};
+
+// One row of the table that choose fills. All shares and scores are fractions.
+struct BookStatistics {
+  std::uint32_t excluded;  // BookExclusion bits
+  double pick;             // final probability
+  double gamesShare;
+  double score;  // 0..1, the mover's view
+  double scoreShare;
+  double elo;  // 0 when the book has none
+  double eloShare;
+  double combined;  // blended weight before the cut
+};
+
+class BookSelector {
+ public:
+  // The book must outlive the selector. The seed starts the generator of the draws.
+  BookSelector(Book& book, std::uint32_t seed);
+
+  // Lists all settings on standard output, then takes the criteria from the "book.play." keys.
+  void applySettings(const Settings& settings);
+
+  // The statistics of the book's first n candidates; pick holds the final probabilities. Valid
+  // until the next call. Requires: 1 <= n <= number of the book's candidates.
+  std::span<const BookStatistics> choose(int n, bool black);
+
+  // A move drawn for the position, none when the book has none to play. Every call that reaches the
+  // draw takes one number from the generator.
+  std::optional<BookEntry> probe(const char* fen);
+
+  // Writes the criteria and the whole table for the position, or that it is not in the book.
+  void printCandidates(const char* fen, std::FILE* out = stdout);
+
+  const BookCriteria& criteria() const { return criteria_; }
+
+ private:
+  void excludeByOwnValues(bool black);
+  void excludeByComparison();
+  void computeShares();
+  void computePicks();
+  void printCriteria(std::FILE* out) const;
+  void printTotals(std::FILE* out) const;
+
+  Book& book_;
+  Sfmt generator_;
+  BookCriteria criteria_;
+  std::array<BookStatistics, MaxBookCandidates> table_{};
+  int count_ = 0;  // rows of the table in use
+};
+
+}  // namespace quill
