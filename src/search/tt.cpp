@@ -1,0 +1,179 @@
+#include "search/tt.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "board/movegen.h"
+#include "search/worker.h"
+#include "shell/log.h"
+
+namespace quill {
+
+namespace {
+
+constexpr std::uint64_t EntryBytes = 16;
+constexpr std::uint64_t SmallestTable = 256 * 1024;  // bytes, unless allocations fail
+constexpr std::uint64_t GiveUpBytes = 63;
+constexpr std::uintptr_t Alignment = 128;  // bytes; a bucket never straddles a cache line
+constexpr int Ways = 4;
+constexpr int StaleWorth = -8192;  // what an entry of an earlier search is worth less than its depth
+
+std::uint32_t lockOf(const Board& board) {
+  return static_cast<std::uint32_t>(board.key >> 32) ^ static_cast<std::uint32_t>(board.key);
+}
+
+}  // namespace
+
+Tt::Tt() { resize(1024); }
+
+Tt::~Tt() { std::free(block_); }
+
+std::uint64_t Tt::resize(std::uint64_t kilobytes) {
+  std::uint64_t bytes = std::max(SmallestTable, std::bit_floor(kilobytes) * 1024);
+  if (bytes == sizeBytes()) return bytes;
+  std::free(block_);
+  block_ = nullptr;
+  for (; bytes > GiveUpBytes; bytes /= 2) {
+    block_ = std::malloc(bytes + Alignment);
+    if (block_ != nullptr) {
+      const auto address = reinterpret_cast<std::uintptr_t>(block_);
+      auto* first = reinterpret_cast<std::byte*>((address + Alignment - 1) & ~(Alignment - 1));
+      entries_ = bytes / EntryBytes;
+      mask_ = entries_ - 1;
+      table_ = reinterpret_cast<Slot*>(first);
+      std::uninitialized_default_construct_n(table_, entries_);
+      clear();
+      return bytes;
+    }
+    log("tt: malloc(%u) failed, retrying...\n", static_cast<unsigned>(bytes));
+  }
+  log("FATAL: failed to malloc Tt!\n");
+  flushLog();
+  std::fputs("FATAL: failed to malloc Tt!\n", stderr);
+  std::abort();
+}
+
+void Tt::clear() {
+  for (std::uint64_t i = 0; i < entries_; ++i) {
+    table_[i].words[0].store(0, std::memory_order_relaxed);
+    table_[i].words[1].store(0, std::memory_order_relaxed);
+  }
+  generation_ = 1;
+}
+
+TtEntry Tt::load(const Slot& slot) {
+  const std::uint64_t first = slot.words[0].load(std::memory_order_relaxed);
+  const std::uint64_t second = slot.words[1].load(std::memory_order_relaxed);
+  TtEntry entry;
+  entry.lock = static_cast<std::uint32_t>(first);
+  entry.move = static_cast<Move>(first >> 32);
+  entry.bound = static_cast<std::uint8_t>(second);
+  entry.depth = static_cast<std::int8_t>(second >> 8);
+  entry.score = static_cast<std::int16_t>(second >> 16);
+  entry.eval = static_cast<std::int16_t>(second >> 32);
+  entry.generation = static_cast<std::uint8_t>(second >> 48);
+  return entry;
+}
+
+void Tt::save(Slot& slot, const TtEntry& entry) {
+  const std::uint64_t first = entry.lock | (std::uint64_t{entry.move} << 32);
+  const std::uint64_t second = entry.bound |
+                               (std::uint64_t{static_cast<std::uint8_t>(entry.depth)} << 8) |
+                               (std::uint64_t{static_cast<std::uint16_t>(entry.score)} << 16) |
+                               (std::uint64_t{static_cast<std::uint16_t>(entry.eval)} << 32) |
+                               (std::uint64_t{entry.generation} << 48);
+  slot.words[0].store(first, std::memory_order_relaxed);
+  slot.words[1].store(second, std::memory_order_relaxed);
+}
+
+bool Tt::probe(const Worker& worker, TtEntry& out) {
+  const Board& board = worker.board;
+  const std::uint32_t lock = lockOf(board);
+  const std::uint64_t home = homeIndex(board);
+  for (std::uint64_t way = 0; way < Ways; ++way) {
+    Slot& slot = table_[home ^ way];
+    const TtEntry entry = load(slot);
+    if (entry.lock != lock || entry.bound == NoBound) continue;
+    if (entry.move != NoMove && !isLegalMove(board, entry.move)) continue;
+    out = entry;
+    if (entry.generation != generation_) {
+      out.generation = generation_;
+      save(slot, out);
+    }
+    return true;
+  }
+  return false;
+}
+
+namespace {
+
+// Whether the deeper entry stays: a shallower result replaces it only when it narrows its bound.
+bool keepsDeeper(const TtEntry& entry, const TtEntry& old) {
+  if (entry.depth >= old.depth) return false;
+  if (old.bound == ExactBound) return true;
+  if ((old.bound & LowerBound) != 0) return entry.score <= old.score;
+  return old.bound == UpperBound && entry.score >= old.score;
+}
+
+}  // namespace
+
+void Tt::store(Worker& worker, TtEntry entry) {
+  entry.lock = lockOf(worker.board);
+  entry.generation = generation_;
+  // No move of a node that failed low is known to be good.
+  if (entry.bound == UpperBound) entry.move = NoMove;
+
+  const std::uint64_t home = homeIndex(worker.board);
+  Slot* victim = nullptr;
+  int leastWorth = 0;
+  bool victimIsCurrent = false;
+  for (std::uint64_t way = 0; way < Ways; ++way) {
+    Slot& slot = table_[home ^ way];
+    const TtEntry old = load(slot);
+    if (old.lock == entry.lock) {
+      if (keepsDeeper(entry, old)) return;
+      if (entry.move == NoMove) entry.move = old.move;
+      save(slot, entry);
+      ++worker.stats.ttHits;
+      return;
+    }
+    const bool isCurrent = old.generation == generation_;
+    const int worth = old.depth + (isCurrent ? 0 : StaleWorth);
+    if (victim == nullptr || worth < leastWorth) {
+      victim = &slot;
+      leastWorth = worth;
+      victimIsCurrent = isCurrent;
+    }
+  }
+  ++worker.stats.ttNew;
+  if (victimIsCurrent) ++worker.stats.ttOverwrites;
+  save(*victim, entry);
+}
+
+void Tt::storeScore(Worker& worker, int bound, int depth, int ply, int score, Move move, int eval) {
+  TtEntry entry{};
+  entry.move = move;
+  entry.bound = static_cast<std::uint8_t>(bound);
+  entry.depth = static_cast<std::int8_t>(std::min(depth, 127));
+  entry.score = static_cast<std::int16_t>(scoreToTable(score, ply));
+  entry.eval = static_cast<std::int16_t>(eval);
+  store(worker, entry);
+}
+
+bool Tt::remove(const Worker& worker) {
+  const std::uint32_t lock = lockOf(worker.board);
+  const std::uint64_t home = homeIndex(worker.board);
+  bool found = false;
+  for (std::uint64_t way = 0; way < Ways; ++way) {
+    Slot& slot = table_[home ^ way];
+    if (load(slot).lock != lock) continue;
+    save(slot, TtEntry{});
+    found = true;
+  }
+  return found;
+}
+
+}  // namespace quill
