@@ -71,6 +71,7 @@ class Tokenizer {
 
  private:
   EngineString argRest_;
+  std::int32_t position_ = 0;  // characters of argRest_ that are consumed, so that none are moved
 };
 
 }  // namespace quill

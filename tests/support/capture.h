@@ -1,0 +1,64 @@
+// Output streams and files whose contents a test can read.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+namespace quill::test {
+
+// A stream that keeps what is written to it.
+class Capture {
+ public:
+  Capture();
+  ~Capture();
+  Capture(const Capture&) = delete;
+  Capture& operator=(const Capture&) = delete;
+
+  std::FILE* stream() { return stream_; }
+  // Everything written so far, or since the last take.
+  std::string text();
+  std::string take();
+
+ private:
+  std::FILE* stream_;
+  std::size_t taken_ = 0;
+};
+
+// While it lives, the log goes into it; afterwards it is standard output again.
+class LogCapture : public Capture {
+ public:
+  LogCapture();
+  ~LogCapture();
+};
+
+// While it lives, what is written to a standard stream (stdout or stderr) goes into it.
+class StreamCapture {
+ public:
+  explicit StreamCapture(std::FILE* stream);
+  ~StreamCapture();
+  StreamCapture(const StreamCapture&) = delete;
+  StreamCapture& operator=(const StreamCapture&) = delete;
+
+  std::string text();
+
+ private:
+  std::FILE* stream_;
+  std::FILE* file_;
+  int saved_;  // descriptor of the stream's real target
+};
+
+// A file with the given bytes, removed at the end.
+class TempFile {
+ public:
+  explicit TempFile(const std::string& bytes);
+  ~TempFile();
+  TempFile(const TempFile&) = delete;
+  TempFile& operator=(const TempFile&) = delete;
+
+  const char* path() const { return path_.c_str(); }
+
+ private:
+  std::string path_;
+};
+
+}  // namespace quill::test
