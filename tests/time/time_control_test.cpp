@@ -1,0 +1,259 @@
+#include "time/time_control.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <thread>
+#include <vector>
+
+namespace quill {
+namespace {
+
+using testing::ElementsAre;
+
+std::uint32_t now = 0;
+std::uint32_t handCrankedClock() { return now; }
+
+constexpr int Normal = 3;
+constexpr int Verify = 4;
+constexpr int Crisis = 5;
+constexpr Move MoveA = 0x0C1C;
+constexpr Move MoveB = 0x0D1D;
+
+class TimeControlTest : public testing::Test {
+ protected:
+  TimeControlTest() { now = 1000; }
+
+  void setClock(std::uint32_t remaining, std::uint32_t increment, int movesToGo,
+                bool canPonder = false) {
+    control.start();
+    control.setCanPonder(canPonder);
+    control.setReserve(3000);
+    control.setMovesToGo(movesToGo);
+    control.setClock(remaining, increment);
+    control.allocateTime();
+  }
+
+  std::vector<std::uint32_t> times() const {
+    std::vector<std::uint32_t> result;
+    for (int i = 0; i < TimeControl::PhaseCount; ++i) result.push_back(control.phaseTime(i));
+    return result;
+  }
+  std::vector<std::uint64_t> nodes() const {
+    std::vector<std::uint64_t> result;
+    for (int i = 0; i < TimeControl::PhaseCount; ++i) result.push_back(control.phaseNodes(i));
+    return result;
+  }
+
+  TimeControl control{handCrankedClock};
+};
+
+TEST_F(TimeControlTest, StartsWithFiveSecondsForEveryPhase) {
+  EXPECT_THAT(times(), testing::Each(5000u));
+  EXPECT_EQ(control.limit(), 5000u);
+  EXPECT_EQ(control.phase(), Normal);
+  EXPECT_EQ(control.nodeLimit(), 0u);
+  EXPECT_FALSE(control.infinite());
+  EXPECT_FALSE(control.canPonder());
+}
+
+TEST_F(TimeControlTest, SharesTheClockOverTheMovesToGo) {
+  setClock(60000, 0, -1);
+  EXPECT_THAT(times(), ElementsAre(162, 1058, 1628, 3256, 4884, 6512, 0));
+  EXPECT_EQ(control.limit(), 3256u);
+  setClock(60000, 0, -1, true);
+  EXPECT_THAT(times(), ElementsAre(227, 1481, 2279, 4558, 6837, 9116, 0));
+  setClock(300000, 2000, -1);
+  EXPECT_THAT(times(), ElementsAre(1048, 6815, 10485, 20970, 31455, 41940, 0));
+  setClock(5000, 0, 1);
+  EXPECT_THAT(times(), ElementsAre(66, 432, 666, 1332, 1334, 1334, 0));
+}
+
+TEST_F(TimeControlTest, NeverPlansBeyondASmallClock) {
+  for (const std::uint32_t remaining : {2000u, 0u, 3000u, 3099u}) {
+    for (const std::uint32_t increment : {5000u, 4000000000u}) {
+      setClock(remaining, increment, -1);
+      EXPECT_THAT(times(), ElementsAre(100, 100, 100, 100, 100, 100, 0)) << remaining;
+    }
+  }
+  setClock(2000, 0, -1, true);
+  EXPECT_THAT(times(), ElementsAre(14, 91, 100, 100, 100, 100, 0));
+}
+
+TEST_F(TimeControlTest, AddsTheIncrementBehindThePonderFactor) {
+  setClock(60000, 1000, -1, true);
+  EXPECT_EQ(control.phaseTime(2), 2279u + 1000u);
+}
+
+TEST_F(TimeControlTest, OddMovesToGoCountAsThirtyThree) {
+  setClock(60000, 0, 33);
+  const auto expected = times();
+  for (const int movesToGo : {0, -1, -40, 34, INT_MAX, INT_MIN}) {
+    setClock(60000, 0, movesToGo);
+    EXPECT_EQ(times(), expected) << movesToGo;
+  }
+}
+
+TEST_F(TimeControlTest, EndlessClocksStayInRange) {
+  for (const std::uint32_t remaining : {2147483647u, 4294967295u}) {
+    for (const std::uint32_t increment : {0u, 2147483647u, 4294967295u}) {
+      for (const int movesToGo : {1, 33}) {
+        setClock(remaining, increment, movesToGo, true);
+        for (int i = 1; i < Crisis + 1; ++i) {
+          EXPECT_LE(control.phaseTime(i), 2147483647u);
+          EXPECT_GE(control.phaseTime(i), control.phaseTime(i - 1));
+        }
+      }
+    }
+  }
+}
+
+TEST_F(TimeControlTest, SharesNodesOverTheMovesToGo) {
+  control.setNodeLimit(1000000);
+  control.setMovesToGo(10);
+  control.allocateNodes();
+  EXPECT_THAT(nodes(), ElementsAre(8680, 56423, 86805, 173610, 260415, 347220, 256));
+  EXPECT_EQ(control.nodeLimit(), 173610u);
+  EXPECT_THAT(times(), testing::Each(5000u));
+
+  control.setNodeLimit(300);
+  control.setMovesToGo(1);
+  control.allocateNodes();
+  EXPECT_THAT(nodes(), testing::Each(256u));
+
+  control.setNodeLimit(~std::uint64_t{0});
+  control.setCanPonder(true);
+  control.allocateNodes();
+  EXPECT_LE(control.phaseNodes(5), std::uint64_t{INT64_MAX});
+  EXPECT_GT(control.phaseNodes(5), control.phaseNodes(1));
+}
+
+TEST_F(TimeControlTest, ANodeLimitOfNoneClearsTheBudgets) {
+  control.setNodeLimit(5000);
+  control.start();
+  EXPECT_EQ(control.nodeLimit(), 5000u);
+  EXPECT_FALSE(control.isNodeLimitReached(4999));
+  EXPECT_TRUE(control.isNodeLimitReached(5000));
+  control.setNodeLimit(0);
+  control.start();
+  EXPECT_FALSE(control.isNodeLimitReached(~std::uint64_t{0}));
+}
+
+TEST_F(TimeControlTest, AMoveTimeCountsFromTheNextStart) {
+  control.setMoveTime(250);
+  EXPECT_EQ(control.limit(), 5000u);
+  control.start();
+  EXPECT_EQ(control.limit(), 250u);
+  now += 250;
+  EXPECT_FALSE(control.isTimeUp());
+  now += 1;
+  EXPECT_TRUE(control.isTimeUp());
+}
+
+TEST_F(TimeControlTest, TheTickCounterMayWrap) {
+  now = 0xFFFFFF00;
+  control.start();
+  now += 0x200;
+  EXPECT_EQ(control.elapsed(), 0x200u);
+  EXPECT_FALSE(control.isTimeUp());
+  now += 5000;
+  EXPECT_TRUE(control.isTimeUp());
+}
+
+TEST_F(TimeControlTest, NothingChangesBeforeTheFirstIteration) {
+  control.start();
+  control.newBestCandidate();
+  control.candidateResolved();
+  control.firstMoveFailedLow();
+  control.firstMoveSearched(-500);
+  EXPECT_EQ(control.phase(), Normal);
+}
+
+TEST_F(TimeControlTest, ACandidateGetsTimeWhileItIsVerified) {
+  setClock(60000, 0, -1);
+  control.setIterationDepth(1);
+  control.newBestCandidate();
+  EXPECT_EQ(control.phase(), Verify);
+  EXPECT_EQ(control.limit(), 4884u);
+  control.candidateResolved();
+  EXPECT_EQ(control.limit(), 3256u);
+
+  control.firstMoveFailedLow();
+  EXPECT_EQ(control.limit(), 6512u);
+  control.newBestCandidate();
+  control.candidateResolved();
+  EXPECT_EQ(control.phase(), Crisis) << "a crisis is not ended by a candidate";
+  control.firstMoveSearched(0);
+  EXPECT_EQ(control.phase(), Normal);
+}
+
+TEST_F(TimeControlTest, ADroppingScoreIsACrisis) {
+  control.start();
+  control.setIterationDepth(2);
+  control.iterationDone(MoveA, 40);
+  control.setIterationDepth(3);
+  control.firstMoveSearched(39);
+  EXPECT_EQ(control.phase(), Crisis);
+  control.iterationDone(MoveA, 60);  // the reference stays at 40
+  EXPECT_EQ(control.phase(), Normal);
+  control.firstMoveSearched(45);
+  EXPECT_EQ(control.phase(), Normal);
+  control.iterationDone(MoveA, 30);
+  EXPECT_EQ(control.phase(), Crisis);
+  control.iterationDone(MoveB, 35);  // another move: the reference starts anew
+  EXPECT_EQ(control.phase(), Normal);
+  control.firstMoveSearched(34);
+  EXPECT_EQ(control.phase(), Crisis);
+  control.start();
+  control.setIterationDepth(2);
+  control.firstMoveSearched(-900);
+  EXPECT_EQ(control.phase(), Normal) << "shallow scores are no reference";
+}
+
+TEST_F(TimeControlTest, AnInfiniteSearchHasNoTimeLimitInAnyPhase) {
+  control.setMoveTime(1);
+  control.setNodeLimit(77);
+  control.setInfinite(true);
+  control.start();
+  control.setIterationDepth(5);
+  control.newBestCandidate();
+  control.firstMoveFailedLow();
+  EXPECT_EQ(control.limit(), TimeControl::NoLimit);
+  EXPECT_EQ(control.nodeLimit(), 77u);
+  now += 0xFFFFFFF0;
+  EXPECT_FALSE(control.isTimeUp());
+}
+
+TEST_F(TimeControlTest, PonderhitRestoresTheLimitOfThePhase) {
+  control.setInfinite(true);
+  setClock(60000, 0, -1);
+  control.setIterationDepth(4);
+  control.firstMoveFailedLow();
+  EXPECT_EQ(control.limit(), TimeControl::NoLimit);
+  now += 6513;
+  control.ponderhit();
+  EXPECT_FALSE(control.infinite());
+  EXPECT_EQ(control.limit(), 6512u);
+  EXPECT_TRUE(control.isTimeUp()) << "the clock has run since the search began";
+}
+
+TEST_F(TimeControlTest, PonderhitHoldsAgainstPhaseChanges) {
+  for (int round = 0; round < 200; ++round) {
+    control.setInfinite(true);
+    setClock(60000, 0, -1);
+    control.setIterationDepth(4);
+    std::thread search([this] {
+      for (int i = 0; i < 50; ++i) {
+        control.newBestCandidate();
+        control.candidateResolved();
+      }
+    });
+    control.ponderhit();
+    search.join();
+    ASSERT_EQ(control.limit(), 3256u);
+  }
+}
+
+}  // namespace
+}  // namespace quill
