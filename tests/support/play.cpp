@@ -1,0 +1,37 @@
+#include "support/play.h"
+
+#include <gtest/gtest.h>
+
+#include "board/fen.h"
+#include "board/movegen.h"
+
+namespace quill::test {
+
+Board boardOf(const std::string& fen) {
+  Board board;
+  EXPECT_TRUE(setFen(board, fen.c_str())) << fen;
+  return board;
+}
+
+Move moveOf(Board& board, const std::string& squares) {
+  const Square from = makeSquare(squares[0] - 'a', squares[1] - '1');
+  const Square to = makeSquare(squares[2] - 'a', squares[3] - '1');
+  const int promotion =
+      squares.size() > 4 ? static_cast<int>(std::string(" pnbrq").find(squares[4])) : Queen;
+  for (const Move move : legalMovesOf(board)) {
+    if (fromOf(move) == from && toOf(move) == to &&
+        (!isPromotion(move) || promotionOf(move) == promotion)) {
+      return move;
+    }
+  }
+  ADD_FAILURE() << squares << " is not legal in " << getFen(board).text();
+  return NoMove;
+}
+
+std::vector<Move> legalMovesOf(Board& board) {
+  Move list[MaxMoves];
+  Move* const end = generateLegal(board, list);
+  return {list, end};
+}
+
+}  // namespace quill::test
