@@ -1,0 +1,172 @@
+#include "board/mate_in_one.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+#include "board/attacks.h"
+#include "board/make_move.h"
+#include "board/movegen.h"
+#include "support/play.h"
+#include "support/random_positions.h"
+#include "support/reference.h"
+
+namespace quill {
+namespace {
+
+using test::boardOf;
+using test::legalMovesOf;
+
+// The move against the colour as squares, "" for none.
+std::string mateAgainst(Colour colour, const std::string& fen) {
+  const Board board = boardOf(fen);
+  const Move move = findMateInOne(board, colour);
+  if (move == NoMove) return "";
+  EXPECT_EQ(capturedOf(move), board.squares[toOf(move)]) << fen;
+  const auto name = [](Square square) {
+    return std::string{static_cast<char>('a' + fileOf(square)),
+                       static_cast<char>('1' + rankOf(square))};
+  };
+  return name(fromOf(move)) + name(toOf(move));
+}
+
+TEST(MateInOne, ReferencePositionsAgree) {
+  for (const auto& position : test::referencePositions()) {
+    const Board board = boardOf(position["getFen"]);
+    for (const Colour colour : {White, Black}) {
+      if (position["mate1"][colour].is_null()) continue;  // that king is in check already
+      EXPECT_EQ(findMateInOne(board, colour), test::parseHex(position["mate1"][colour]))
+          << position["getFen"] << " against " << (colour == White ? "White" : "Black");
+    }
+  }
+}
+
+TEST(MateInOne, QueenMatesInContactWhenDefended) {
+  EXPECT_EQ(mateAgainst(Black, "r1bqkb1r/pppp1ppp/2n2n2/4p2Q/2B1P3/8/PPPP1PPP/RNB1K1NR w KQkq -"),
+            "h5f7");
+  EXPECT_EQ(mateAgainst(Black, "r1bqkb1r/pppp1ppp/2n2n2/4p2Q/4P3/8/PPPP1PPP/RNB1K1NR w KQkq -"),
+            "");
+  EXPECT_EQ(mateAgainst(White, "8/8/8/8/8/1k6/2q5/K7 b - -"), "c2a2");
+  EXPECT_EQ(mateAgainst(White, "8/8/8/8/8/2k5/3q4/K7 b - -"), "d2b2");
+  EXPECT_EQ(mateAgainst(White, "8/8/8/8/3k4/8/3q4/K7 b - -"), "") << "she doesn't defend herself";
+}
+
+TEST(MateInOne, BackRankMatesDependOnWhoCanInterpose) {
+  EXPECT_EQ(mateAgainst(Black, "6k1/5ppp/8/8/8/8/8/R5K1 w - -"), "a1a8");
+  // One interposer beside the king suffices; elsewhere it takes two.
+  EXPECT_EQ(mateAgainst(Black, "6k1/5ppp/8/8/8/b7/8/1R4K1 w - -"), "");
+  EXPECT_EQ(mateAgainst(Black, "6k1/3r1ppp/8/8/8/8/8/R5K1 w - -"), "a1a8");
+  EXPECT_EQ(mateAgainst(Black, "6k1/3r1ppp/1n6/8/8/8/8/R5K1 w - -"), "");
+}
+
+TEST(MateInOne, SmotheredKingsFallToKnights) {
+  EXPECT_EQ(mateAgainst(Black, "6rk/6pp/8/6N1/8/8/8/6K1 w - -"), "g5f7");
+  EXPECT_EQ(mateAgainst(Black, "5rrk/6pp/8/6N1/8/8/8/6K1 w - -"), "") << "the rook takes on f7";
+  EXPECT_EQ(mateAgainst(Black, "6rk/6p1/8/6N1/8/8/8/6K1 w - -"), "") << "h7 is free";
+}
+
+TEST(MateInOne, DiagonalMatesNeedEveryOtherSquareTakenAndNoInterposer) {
+  EXPECT_EQ(mateAgainst(White, "4k3/4b3/8/8/6P1/5P2/3PP3/3QKB2 b - -"), "e7h4");
+  EXPECT_EQ(mateAgainst(White, "4k3/4b3/8/8/6P1/5P2/3PP3/3QK3 b - -"), "") << "f1 is free";
+  EXPECT_EQ(mateAgainst(White, "4k3/4b3/8/8/4N1P1/5P2/3PP3/3QKB2 b - -"), "") << "Ng3 parries";
+}
+
+TEST(MateInOne, PinnedPiecesNeitherMoveNorMate) {
+  EXPECT_EQ(mateAgainst(Black, "6k1/5ppp/8/8/8/r2R2K1/8/8 w - -"), "");
+  EXPECT_EQ(mateAgainst(Black, "6k1/5ppp/8/8/8/3R2K1/8/8 w - -"), "d3d8");
+}
+
+TEST(MateInOne, KingsSideBySideAreNeverCaptured) {
+  for (const char* fen : {"8/8/8/3kK3/8/8/8/Q6q w - -", "8/8/3R4/3kK3/8/8/3r4/8 b - -"}) {
+    const Board board = boardOf(fen);
+    for (const Colour colour : {White, Black}) {
+      EXPECT_NE(capturedType(findMateInOne(board, colour)), King) << fen;
+    }
+  }
+}
+
+// What became of the moves that the detector reported.
+struct Tally {
+  int reported = 0;
+  int mates = 0;
+  int interposed = 0;  // parried by interpositions alone
+  int shut = 0;        // the mover shut a line of its own side and so let the king out
+  int missed = 0;      // mates by a piece that were there and not reported
+};
+
+// Whether the mover stands between a slider of its side and the flight square.
+bool shutsOwnLine(const Board& board, Square mover, Square flight) {
+  const Side& mating = board.enemy();
+  const Bitboard without = board.occupied & ~bit(mover) & ~bit(board.own().kingSquare);
+  const Bitboard reach = (bishopAttacks(flight, without) & (mating.bb[Bishop] | mating.bb[Queen])) |
+                         (rookAttacks(flight, without) & (mating.bb[Rook] | mating.bb[Queen]));
+  for (Bitboard sliders = reach & ~bit(mover); sliders != 0;) {
+    if (contains(between[popLowest(sliders)][flight], mover)) return true;
+  }
+  return false;
+}
+
+// Plays a reported move and sorts it by the answers to it.
+void judge(Board& board, Move move, Tally& tally) {
+  const std::string before = test::describe(board);
+  const UndoInfo undo = board;
+  makeMove(board, move);
+  updateAttackInfo(board);
+  EXPECT_TRUE(board.isInCheck()) << before << " " << std::hex << move;
+  const Square king = board.own().kingSquare;
+  const std::vector<Move> answers = legalMovesOf(board);
+  bool isShut = false;
+  for (const Move answer : answers) {
+    if (fromOf(answer) != king) {
+      EXPECT_TRUE(contains(between[toOf(move)][king], toOf(answer)) && !isCapture(answer))
+          << before << " " << std::hex << move << " is answered by " << answer;
+    } else {
+      EXPECT_TRUE(shutsOwnLine(board, toOf(move), toOf(answer)))
+          << before << " " << std::hex << move << " is answered by " << answer;
+      isShut = true;
+    }
+  }
+  ++tally.reported;
+  ++(answers.empty() ? tally.mates : isShut ? tally.shut : tally.interposed);
+  unmakeMove(board, move, undo);
+}
+
+bool hasPieceMate(Board& board) {
+  const UndoInfo undo = board;
+  for (const Move move : legalMovesOf(board)) {
+    const int type = typeOf(board.squares[fromOf(move)]);
+    if (type == Pawn || type == King) continue;
+    makeMove(board, move);
+    updateAttackInfo(board);
+    const bool isMate = board.isInCheck() && legalMovesOf(board).empty();
+    unmakeMove(board, move, undo);
+    if (isMate) return true;
+  }
+  return false;
+}
+
+// The patterns are no proof of mate: a distant check may be parried by an interposition that they
+// count as too weak, and a mover may shut a line of its own side. Nothing else may answer a
+// reported move.
+TEST(MateInOneSlow, OnlyInterpositionsAndShutLinesAnswerWhatItReports) {
+  test::RandomPositions positions(17);
+  Tally tally;
+  for (int i = 0; i < test::PropertyPositions; ++i) {
+    Board& board = positions.next();
+    const Move move = findMateInOne(board, board.stm ^ 1);
+    if (move != NoMove && isLegalMove(board, move)) {
+      judge(board, move, tally);
+    } else if (hasPieceMate(board)) {
+      ++tally.missed;
+    }
+  }
+  std::printf("%d reported: %d mates (%.1f%%), %d interposed, %d lines shut; %d mates missed\n",
+              tally.reported, tally.mates, 100.0 * tally.mates / tally.reported, tally.interposed,
+              tally.shut, tally.missed);
+  EXPECT_GT(tally.mates * 10, tally.reported * 8);
+  EXPECT_LT(tally.shut * 100, tally.reported);
+}
+
+}  // namespace
+}  // namespace quill
