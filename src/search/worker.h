@@ -12,6 +12,7 @@
 
 #include "board/board.h"
 #include "eval/evaluator.h"
+#include "search/killers.h"
 #include "search/root_moves.h"
 
 namespace quill {
@@ -46,8 +47,6 @@ struct SearchStats {
   // What node limits, speed and the protocol call searched nodes.
   std::uint64_t searched() const { return qnodes + pruned + nodes; }
 };
-
-using KillerTable = std::array<std::array<Move, 2>, MaxSearchPly>;
 
 struct Worker {
   Worker(ThreadPool& owner, int place);

@@ -1,0 +1,32 @@
+// The order in which the search tries moves. There is no history table: quiet moves go by killers
+// and a few static features.
+#pragma once
+
+#include "board/board.h"
+#include "search/killers.h"
+
+namespace quill {
+
+// Piece values by type that moves are ordered by.
+inline constexpr int OrderValue[8] = {0, 1, 3, 3, 5, 10, 99, 0};
+
+// Order scores of the hash move and, in quiescence, of a hash move that had to be added to the
+// list.
+inline constexpr int HashMoveScore = 32767;
+inline constexpr int AddedHashMoveScore = 32766;
+
+// Puts the `places` highest scores in front by selection, on equal scores the earlier move first.
+// Moves behind them stay as the exchanges left them. Scores move with their moves.
+void sortMoves(Move* moves, int* scores, int count, int places);
+
+// Sorts the best eight moves of a side not in check to the front. Returns first + the number of
+// good moves (hash move, killers of this ply, sound captures and promotions, pawns arriving on
+// their last two ranks), wherever those ended up: moves before it are early ones, never pruned or
+// reduced. Requires: valid attack information; at most MaxMoves moves.
+Move* orderMoves(const Board& board, const KillerTable& killers, int ply, Move* first, Move* end,
+                 Move hashMove);
+
+// Sorts all evasions of a side in check.
+void orderEvasions(const Board& board, Move* first, Move* end, Move hashMove);
+
+}  // namespace quill
