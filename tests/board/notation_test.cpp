@@ -1,0 +1,223 @@
+#include "board/notation.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "board/fen.h"
+#include "board/make_move.h"
+#include "board/movegen.h"
+#include "support/capture.h"
+#include "support/positions.h"
+#include "support/random_positions.h"
+#include "support/reference.h"
+#include "support/slow_rules.h"
+
+namespace quill {
+namespace {
+
+using test::describe;
+
+constexpr char CastlingFen[] = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq -";
+constexpr char KnightsFen[] = "4k3/8/8/8/8/5N2/8/1N2K3 w - -";
+constexpr char PawnPromotionFen[] = "3r3k/4P3/8/8/8/8/8/4K3 w - -";
+
+std::string longText(const Board& board, Move move) {
+  char text[MoveTextSize];
+  const char* end = moveToText(board, text, move);
+  EXPECT_EQ(end, text + std::strlen(text));
+  return text;
+}
+
+std::string sanOf(Board& board, Move move) {
+  char text[MoveTextSize];
+  moveToSan(board, text, move);
+  return text;
+}
+
+std::string uciText(Move move) {
+  char text[6];
+  const char* end = uciMoveText(text, move);
+  EXPECT_EQ(end, text + std::strlen(text));
+  return text;
+}
+
+// The move that the text means in the position, in long form; "%" for none.
+std::string parsed(const char* fen, const char* text) {
+  Board board;
+  EXPECT_TRUE(setFen(board, fen)) << fen;
+  return longText(board, parseMove(board, text));
+}
+
+TEST(Notation, ReferenceMovesHaveTheirTexts) {
+  for (const auto& position : test::referencePositions()) {
+    const auto fen = position["fen"].get<std::string>();
+    Board board;
+    ASSERT_TRUE(setFen(board, fen.c_str())) << fen;
+    for (std::size_t i = 0; i < position["bits"].size(); ++i) {
+      const Move move = static_cast<Move>(test::parseHex(position["bits"][i]));
+      EXPECT_EQ(longText(board, move), position["text"][i].get<std::string>()) << fen;
+      EXPECT_EQ(sanOf(board, move), position["san"][i].get<std::string>()) << fen;
+    }
+  }
+}
+
+TEST(Notation, MovesThatAreNoStepsHaveTextsOfTheirOwn) {
+  Board board;
+  ASSERT_TRUE(setFen(board, CastlingFen));
+  for (const Move move :
+       {NoMove, makeQuiet(E1, G1) | CastlingFlag, makeQuiet(E8, C8) | CastlingFlag}) {
+    EXPECT_EQ(longText(board, move), sanOf(board, move));
+  }
+  EXPECT_EQ(longText(board, NoMove), "%");
+  EXPECT_EQ(longText(board, makeQuiet(E1, G1) | CastlingFlag), "O-O");
+  EXPECT_EQ(longText(board, makeQuiet(E8, C8) | CastlingFlag), "O-O-O");
+}
+
+TEST(Notation, LongTextIsTheSameAfterTheMove) {
+  Board board;
+  ASSERT_TRUE(setFen(board, test::StartFen));
+  const Move move = makeQuiet(G1, F3);
+  EXPECT_EQ(longText(board, move), "Ng1f3");
+  makeMove(board, move);
+  EXPECT_EQ(longText(board, move), "Ng1f3");
+}
+
+TEST(Notation, SanTellsRivalsApartWithTheLeastText) {
+  const struct {
+    const char* fen;
+    Move move;
+    const char* san;
+  } cases[] = {
+      {KnightsFen, makeQuiet(B1, D2), "Nbd2"},
+      {"4k3/8/8/3N4/8/8/8/3NK3 w - -", makeQuiet(D1, C3), "N1c3"},
+      // One rival on the file, another elsewhere: the rank is enough.
+      {"4k3/8/8/1N1N4/8/8/8/3NK3 w - -", makeQuiet(D1, C3), "N1c3"},
+      // One on the file, one on the rank: both are needed.
+      {"4k3/8/8/1N1N4/8/8/8/1N2K3 w - -", makeQuiet(B5, C3), "Nb5c3"},
+      // A pinned rival is none.
+      {"4r1k1/8/8/8/8/8/4N3/1N2K3 w - -", makeQuiet(B1, C3), "Nc3"},
+      {"4k3/8/8/2pPp3/8/8/8/4K3 w - e6", makeCapture(D5, E6, makeCode(Black, Pawn)) | EnPassantFlag,
+       "dxe6"},
+      {PawnPromotionFen, withPromotion(makeCapture(E7, D8, makeCode(Black, Rook)), Knight),
+       "exd8=N"},
+  };
+  for (const auto& c : cases) {
+    Board board;
+    ASSERT_TRUE(setFen(board, c.fen));
+    EXPECT_EQ(sanOf(board, c.move), c.san) << c.fen;
+  }
+}
+
+TEST(Notation, UciTextIsCoordinatesWithAnUpperCasePromotion) {
+  EXPECT_EQ(uciText(NoMove), "0000");
+  EXPECT_EQ(uciText(makeQuiet(E2, E4) | DoubleStepFlag), "e2e4");
+  EXPECT_EQ(uciText(makeQuiet(E1, C1) | CastlingFlag), "e1c1");
+  EXPECT_EQ(uciText(withPromotion(makeQuiet(E7, E8), Queen)), "e7e8Q");
+  EXPECT_EQ(uciText(withPromotion(makeCapture(A2, B1, 10), Knight)), "a2b1N");
+}
+
+TEST(Notation, TextsFitTheirBuffersWhateverTheMove) {
+  test::RandomPositions positions(7);
+  for (int i = 0; i < test::PropertyPositions; ++i) {
+    Board& board = positions.next();
+    const Move move = positions.bits();
+    char text[MoveTextSize + 1];
+    std::memset(text, '~', sizeof text);
+    moveToText(board, text, move);
+    moveToSan(board, text, move);
+    ASSERT_EQ(text[MoveTextSize], '~') << std::hex << move;
+    std::memset(text, '~', sizeof text);
+    uciMoveText(text, move);
+    ASSERT_EQ(text[6], '~') << std::hex << move;
+  }
+}
+
+TEST(ParseMove, AllCommonFormsMeanTheMove) {
+  for (const char* text : {"e4", "e2e4", "e2-e4", "Pe4", "e4!", "Pe2e4", "e2-e4+?!", " e4\r\n"}) {
+    EXPECT_EQ(parsed(test::StartFen, text), "e2e4") << text;
+  }
+  for (const char* text : {"Nf3", "g1f3", "Ng1f3", "Ng1-f3", "Ngf3", "N1f3", "Nf3#"}) {
+    EXPECT_EQ(parsed(test::StartFen, text), "Ng1f3") << text;
+  }
+  for (const char* text : {"e7e8", "e8", "e7e8q", "e8=Q+", "e8Q", "e7-e8=Q"}) {
+    EXPECT_EQ(parsed(PawnPromotionFen, text), "e7e8=Q") << text;
+  }
+  for (const char* text : {"e7e8n", "e8=N", "e8N", "Pe8=N", "e7e8N"}) {
+    EXPECT_EQ(parsed(PawnPromotionFen, text), "e7e8=N") << text;
+  }
+  for (const char* text : {"ed", "exd", "exd8", "e7d8q", "exd8=Q", "e7xd8"}) {
+    EXPECT_EQ(parsed(PawnPromotionFen, text), "e7xd8=Q") << text;
+  }
+}
+
+TEST(ParseMove, LowerCaseBIsABishopOnlyBehindAWholeMove) {
+  EXPECT_EQ(parsed(PawnPromotionFen, "e7e8b"), "e7e8=B");
+  EXPECT_EQ(parsed(PawnPromotionFen, "exd8b"), "e7xd8=B");
+  EXPECT_EQ(parsed(PawnPromotionFen, "e8=B"), "e7e8=B");
+  EXPECT_EQ(parsed(PawnPromotionFen, "e8b"), "%");
+  EXPECT_EQ(parsed("4k3/8/8/8/8/2p5/1P6/4K3 w - -", "bxc3"), "b2xc3");
+  EXPECT_EQ(parsed("4k3/8/8/8/8/2p5/1P6/4K3 w - -", "bc"), "b2xc3");
+}
+
+TEST(ParseMove, CastlingIsWrittenWithLettersOrTheKingsMove) {
+  for (const char* text : {"O-O", "o-o", "OO", "e1g1", "Kg1", "Ke1-g1", "O-O+"}) {
+    EXPECT_EQ(parsed(CastlingFen, text), "O-O") << text;
+  }
+  for (const char* text : {"O-O-O", "o-o-o", "e1c1", "Kc1"}) {
+    EXPECT_EQ(parsed(CastlingFen, text), "O-O-O") << text;
+  }
+  for (const char* text : {"O", "O-O-O-O", "KO-O"})
+    EXPECT_EQ(parsed(CastlingFen, text), "%") << text;
+  EXPECT_EQ(parsed("4k3/8/8/8/8/8/8/5K2 w - -", "O-O"), "%") << "the king's step is no castling";
+}
+
+TEST(ParseMove, WhatIsNoMoveGivesNone) {
+  test::StreamCapture errors(stderr);
+  for (const char* text : {"",    "%", "%e4", "e",    "4", "N", "Nf",   "N3",   "e5",   "e2e5",
+                           "Nf6", "x", "Pe",  "e1g1", "Q", "K", "d1d2", "bxc3", "e4e2", "  "}) {
+    EXPECT_EQ(parsed(test::StartFen, text), "%") << text;
+  }
+  EXPECT_EQ(errors.text(), "");
+  Board board;
+  EXPECT_EQ(parseMove(board, nullptr), NoMove);
+}
+
+TEST(ParseMove, ForeignCharactersAndAmbiguousTextsAreReported) {
+  test::StreamCapture errors(stderr);
+  EXPECT_EQ(parsed(CastlingFen, "0-0"), "%");
+  EXPECT_EQ(parsed(test::StartFen, "0000"), "%");
+  EXPECT_EQ(parsed(test::StartFen, "e9"), "%");
+  EXPECT_EQ(parsed(test::StartFen, "k\xC3"), "%");
+  EXPECT_EQ(parsed(KnightsFen, "Nd2"), "%");
+  EXPECT_EQ(errors.text(),
+            "illegal char in move 0-0: 48\n"
+            "illegal char in move 0000: 48\n"
+            "illegal char in move e9: 57\n"
+            "illegal char in move k\xC3: 195\n"
+            "ambiguous move: Nb1d2 _and_ Nf3d2\n");
+  EXPECT_EQ(parsed(KnightsFen, "Nbd2"), "Nb1d2");
+  EXPECT_EQ(parsed(KnightsFen, "N3d2"), "Nf3d2");
+}
+
+TEST(ParseMove, EveryTextOfAMoveReadsBackAsTheMove) {
+  test::RandomPositions positions(11);
+  for (int i = 0; i < test::PropertyPositions / 20; ++i) {
+    Board& board = positions.next();
+    Move list[MaxMoves];
+    const Move* end = generateLegal(board, list);
+    const Board before = board;
+    for (const Move* move = list; move != end; ++move) {
+      for (const std::string& text :
+           {longText(board, *move), sanOf(board, *move), uciText(*move)}) {
+        ASSERT_EQ(parseMove(board, text.c_str()), *move) << text << " in " << describe(board);
+      }
+    }
+    ASSERT_EQ(test::difference(board, before), "") << describe(board);
+  }
+}
+
+}  // namespace
+}  // namespace quill
