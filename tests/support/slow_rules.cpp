@@ -74,21 +74,6 @@ Bitboard attacksOf(const Squares& squares, Colour colour) {
   return attacks;
 }
 
-Squares afterMove(Squares squares, Move move) {
-  const Square from = fromOf(move);
-  const Square to = toOf(move);
-  const Colour us = colourOf(squares[from]);
-  squares[to] = isPromotion(move) ? makeCode(us, promotionOf(move)) : squares[from];
-  squares[from] = 0;
-  if (isEnPassant(move)) squares[makeSquare(fileOf(to), rankOf(from))] = 0;
-  if (isCastling(move)) {
-    const Square corner = (fileOf(to) == 6 ? H1 : A1) + (us == White ? 0 : 56);
-    squares[fileOf(corner) == 0 ? corner + 3 : corner - 2] = squares[corner];
-    squares[corner] = 0;
-  }
-  return squares;
-}
-
 class SlowGenerator {
  public:
   explicit SlowGenerator(const Board& board)
@@ -117,7 +102,7 @@ class SlowGenerator {
 
   // Plays the move and keeps it when the king is safe afterwards.
   void addIfLegal(Move move) {
-    const Squares after = afterMove(squares_, move);
+    const Squares after = slowSquaresAfter(squares_, move);
     if (!contains(attacksOf(after, us_ ^ 1), kingOf(after, us_))) moves_.push_back(move);
   }
 
@@ -185,6 +170,21 @@ bool isWantedPawnMove(const Board& board, Move move, Bitboard targets) {
 
 }  // namespace
 
+Squares slowSquaresAfter(Squares squares, Move move) {
+  const Square from = fromOf(move);
+  const Square to = toOf(move);
+  const Colour us = colourOf(squares[from]);
+  squares[to] = isPromotion(move) ? makeCode(us, promotionOf(move)) : squares[from];
+  squares[from] = 0;
+  if (isEnPassant(move)) squares[makeSquare(fileOf(to), rankOf(from))] = 0;
+  if (isCastling(move)) {
+    const Square corner = (fileOf(to) == 6 ? H1 : A1) + (us == White ? 0 : 56);
+    squares[fileOf(corner) == 0 ? corner + 3 : corner - 2] = squares[corner];
+    squares[corner] = 0;
+  }
+  return squares;
+}
+
 std::vector<Move> slowLegalMoves(const Board& board) { return SlowGenerator(board).generate(); }
 
 std::vector<Move> slowCaptures(const Board& board, Bitboard targets) {
@@ -217,7 +217,6 @@ Bitboard slowBlockers(const Squares& squares, Colour colour) {
         if (enemySlider) blockers |= bit(blocker);
         break;
       }
-      if (enemySlider) break;  // gives check: nothing blocks it
       blocker = at;
     }
   }

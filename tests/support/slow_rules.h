@@ -19,6 +19,9 @@ std::vector<Move> slowLegalMoves(const Board& board);
 // What generateCaptures promises, in increasing order of the bits.
 std::vector<Move> slowCaptures(const Board& board, Bitboard targets);
 
+// Where the pieces stand after the move.
+Squares slowSquaresAfter(Squares squares, Move move);
+
 // Every square that the colour attacks, the other king taken off the board.
 Bitboard slowAttacks(const Squares& squares, Colour colour);
 

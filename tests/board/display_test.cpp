@@ -1,0 +1,204 @@
+#include "board/display.h"
+
+#include <gtest/gtest.h>
+
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "board/fen.h"
+#include "board/make_move.h"
+#include "board/movegen.h"
+#include "board/notation.h"
+#include "support/capture.h"
+#include "support/positions.h"
+#include "support/random_positions.h"
+
+namespace quill {
+namespace {
+
+std::string printed(const Board& board) {
+  test::Capture capture;
+  printBoard(board, capture.stream());
+  return capture.text();
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = text.find('\n', at);
+    lines.push_back(text.substr(at, end - at));
+    at = end + 1;
+  }
+  return lines;
+}
+
+// What stands to the right of the diagram, on the lines below the top frame.
+std::vector<std::string> historyOf(const Board& board) {
+  constexpr std::size_t DiagramWidth = 36;
+  std::vector<std::string> history;
+  const std::vector<std::string> lines = linesOf(printed(board));
+  for (std::size_t i = 2; i < 14; ++i) {
+    if (lines[i].size() > DiagramWidth) history.push_back(lines[i].substr(DiagramWidth));
+  }
+  return history;
+}
+
+std::string materialOf(const char* fen) {
+  Board board;
+  EXPECT_TRUE(setFen(board, fen)) << fen;
+  return linesOf(printed(board))[16].substr(36);
+}
+
+Board play(const char* fen, std::initializer_list<const char*> moves) {
+  Board board;
+  EXPECT_TRUE(setFen(board, fen));
+  for (const char* text : moves) {
+    if (std::string(text) == "%") {
+      makeNullMove(board);
+      updateAttackInfo(board);
+      continue;
+    }
+    const Move move = parseMove(board, text);
+    EXPECT_NE(move, NoMove) << text;
+    makeMove(board, move);
+    updateAttackInfo(board);
+  }
+  return board;
+}
+
+using Lines = std::vector<std::string>;
+
+TEST(Display, ShowsPiecesHistoryMaterialFenAndKeys) {
+  EXPECT_EQ(printed(play(test::StartFen, {"Nf3", "Nf6", "Ng1", "Ng8"})), R"(
+   +---+---+---+---+---+---+---+---+
+ 8 |*r*|*n*|*b*|*q*|*k*|*b*|*n*|*r*|   1. Nf3   Nf6  
+   +---+---+---+---+---+---+---+---+   2. Ng1   Ng8  
+ 7 |*p*|*p*|*p*|*p*|*p*|*p*|*p*|*p*|
+   +---+---+---+---+---+---+---+---+
+ 6 |   |   |   |   |   |   |   |   |
+   +---+---+---+---+---+---+---+---+
+ 5 |   |   |   |   |   |   |   |   |
+   +---+---+---+---+---+---+---+---+
+ 4 |   |   |   |   |   |   |   |   |
+   +---+---+---+---+---+---+---+---+
+ 3 |   |   |   |   |   |   |   |   |
+   +---+---+---+---+---+---+---+---+
+ 2 |(P)|(P)|(P)|(P)|(P)|(P)|(P)|(P)|
+   +---+---+---+---+---+---+---+---+
+ 1 |(R)|(N)|(B)|(Q)|(K)|(B)|(N)|(R)|  40-40=0 
+   +---+---+---+---+---+---+---+---+
+     a   b   c   d   e   f   g   h
+
+rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 4 3
+ hash=f86e725cd0728910
+phash=91fc11226777354c
+)");
+}
+
+TEST(Display, AMissingStreamMeansStandardOutput) {
+  Board board;
+  ASSERT_TRUE(setFen(board, test::StartFen));
+  test::StreamCapture output(stdout);
+  printBoard(board);
+  EXPECT_EQ(output.text(), printed(board));
+}
+
+TEST(Display, MaterialSummaryNamesTheSurplus) {
+  EXPECT_EQ(materialOf(test::StartFen), "  40-40=0 ");
+  EXPECT_EQ(materialOf("rnb1kbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -"), "  40-30=10  Q");
+  EXPECT_EQ(materialOf("4k1nr/ppp5/8/8/8/8/P7/QRB1K3 w - -"), "  19-11=8  QBnpp");
+  EXPECT_EQ(materialOf("4k1n1/8/8/8/8/8/8/2B1K3 w - -"), "  3-3=0  Bn");
+  EXPECT_EQ(materialOf("qqqqkqqq/qq6/8/8/8/8/8/4K3 w - -"), "  0-90=-90  qqqqqqqqq");
+}
+
+TEST(Display, TheSideToReplyIsMarkedByDots) {
+  EXPECT_EQ(historyOf(play(test::StartFen, {})), Lines{});
+  EXPECT_EQ(historyOf(play(test::StartFen, {"e4"})), Lines{"   1. e4    ...  "});
+  EXPECT_EQ(historyOf(play(test::StartFen, {"e4", "e5", "Nf3"})),
+            (Lines{"   1. e4    e5   ", "   2. Nf3   ...  "}));
+}
+
+TEST(Display, HistoryTellsRivalsAndSpecialMoves) {
+  EXPECT_EQ(
+      historyOf(play("r3k2r/1P6/8/3pP3/8/5N2/8/1N2K2R w Kkq d6",
+                     {"exd6", "O-O", "bxa8=N", "%", "Nbd2", "Rxa8", "O-O"})),
+      (Lines{"   1. exd6  O-O  ", "   2. bxa8=N %    ", "   3. Nbd2  Rxa8 ", "   4. O-O   ...  "}));
+}
+
+TEST(Display, OnlyTheLatestTwentyFourEntriesAreShown) {
+  Board board;
+  ASSERT_TRUE(setFen(board, test::StartFen));
+  constexpr Move Cycle[] = {makeQuiet(G1, F3), makeQuiet(G8, F6), makeQuiet(F3, G1),
+                            makeQuiet(F6, G8)};
+  for (int i = 0; i < 30; ++i) makeMove(board, Cycle[i % 4]);
+  updateAttackInfo(board);
+  Lines history = historyOf(board);
+  ASSERT_EQ(history.size(), 12u);
+  EXPECT_EQ(history.front(), "   4. Ng1   Ng8  ");
+  EXPECT_EQ(history.back(), "  15. Nf3   Nf6  ");
+  makeMove(board, Cycle[2]);
+  updateAttackInfo(board);
+  history = historyOf(board);
+  ASSERT_EQ(history.size(), 12u);
+  EXPECT_EQ(history.front(), "   5. Nf3   Nf6  ");
+  EXPECT_EQ(history.back(), "  16. Ng1   ...  ");
+}
+
+TEST(Display, AGameLongerThanTheStacksLooksLikeAnyOther) {
+  constexpr Move Cycle[] = {makeQuiet(G1, F3), makeQuiet(G8, F6), makeQuiet(F3, G1),
+                            makeQuiet(F6, G8)};
+  Board board;
+  ASSERT_TRUE(setFen(board, test::StartFen));
+  for (int i = 0; i < 2000; ++i) {
+    rebaseStacks(board);
+    makeMove(board, Cycle[i % 4]);
+    if (board.ply != 25 && i % 97 != 0) continue;
+    updateAttackInfo(board);
+    const Lines history = historyOf(board);
+    char last[32];
+    std::snprintf(last, sizeof last, "  %2i. %-5s %-5s", i / 2 + 1, i % 4 < 2 ? "Nf3" : "Ng1",
+                  i % 2 == 0 ? "..." : (i % 4 < 2 ? "Nf6" : "Ng8"));
+    ASSERT_FALSE(history.empty());
+    EXPECT_EQ(history.back(), last) << i;
+    if (i > 30) {
+      EXPECT_EQ(history.size(), 12u) << i;
+    }
+  }
+  EXPECT_GT(board.plyOffset, 0);
+}
+
+TEST(Display, HistoryIsTheMovesAsTheyWerePlayed) {
+  test::RandomPositions random(17);
+  for (int game = 0; game < 60; ++game) {
+    Board board;
+    ASSERT_TRUE(setFen(board, test::VariedFens[game % std::size(test::VariedFens)]));
+    Lines sans;
+    for (int ply = 0; ply < 60; ++ply) {
+      Move list[MaxMoves];
+      const auto moves = static_cast<std::uint32_t>(generateLegal(board, list) - list);
+      if (moves == 0) break;
+      const bool pass = !board.isInCheck() && random.below(10) == 0;
+      const Move move = pass ? NoMove : list[random.below(moves)];
+      char san[MoveTextSize];
+      moveToSan(board, san, move);
+      sans.emplace_back(san);
+      pass ? makeNullMove(board) : makeMove(board, move);
+      updateAttackInfo(board);
+      Lines expected = sans;
+      if (board.stm == Black) expected.emplace_back("...");
+      if (expected.size() > 24) expected.erase(expected.begin(), expected.end() - 24);
+      Lines shown;
+      for (const std::string& text : historyOf(board)) {
+        std::istringstream words(text);
+        std::string word;
+        for (words >> word; words >> word;) shown.push_back(word);  // without the move number
+      }
+      ASSERT_EQ(shown, expected) << test::describe(board);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quill

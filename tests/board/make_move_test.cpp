@@ -1,0 +1,232 @@
+#include "board/make_move.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "board/fen.h"
+#include "board/movegen.h"
+#include "support/positions.h"
+#include "support/random_positions.h"
+#include "support/reference.h"
+#include "support/slow_rules.h"
+
+namespace quill {
+namespace {
+
+using test::describe;
+
+Board boardOf(const char* fen) {
+  Board board;
+  EXPECT_TRUE(setFen(board, fen)) << fen;
+  return board;
+}
+
+Board afterMove(const char* fen, Move move) {
+  Board board = boardOf(fen);
+  EXPECT_TRUE(isLegalMove(board, move)) << fen;
+  makeMove(board, move);
+  return board;
+}
+
+TEST(MakeMove, ReferenceMovesLeadToTheReferencePositions) {
+  for (const auto& position : test::referencePositions()) {
+    const auto fen = position["fen"].get<std::string>();
+    Board board = boardOf(fen.c_str());
+    for (std::size_t i = 0; i < position["bits"].size(); ++i) {
+      const Move move = static_cast<Move>(test::parseHex(position["bits"][i]));
+      const UndoInfo undo = board;
+      makeMove(board, move);
+      updateAttackInfo(board);
+      char text[128];
+      std::snprintf(text, sizeof text, "%llx:%llx:%x:%x:%x:%x:%x:%llx",
+                    static_cast<unsigned long long>(board.key),
+                    static_cast<unsigned long long>(board.pawnKey), board.castling, board.epSquare,
+                    static_cast<unsigned>(board.quietPlies()), board.side[White].material,
+                    board.side[Black].material,
+                    static_cast<unsigned long long>(board.enemyAttacks));
+      EXPECT_EQ(text, position["after"][i].get<std::string>()) << fen << " move " << i;
+      unmakeMove(board, move, undo);
+    }
+  }
+}
+
+TEST(UpdateAttackInfo, AgreesWithTheSlowRules) {
+  test::RandomPositions positions(4);
+  for (int i = 0; i < test::PropertyPositions; ++i) {
+    const Board& board = positions.next();
+    const Bitboard attacks = test::slowAttacks(board.squares, board.stm ^ 1);
+    ASSERT_EQ(board.enemyAttacks, attacks) << describe(board);
+    for (const Colour colour : {White, Black}) {
+      ASSERT_EQ(board.blockers[static_cast<unsigned>(colour)],
+                test::slowBlockers(board.squares, colour))
+          << describe(board);
+      ASSERT_EQ(attacksBy(board, colour), test::slowAttacks(board.squares, colour))
+          << describe(board);
+    }
+  }
+}
+
+// A right outlives a move when king and rook still stand at home.
+std::uint8_t rightsAfter(const Board& before, const Board& after) {
+  unsigned rights = before.castling;
+  for (const Colour colour : {White, Black}) {
+    for (const Wing wing : {ShortWing, LongWing}) {
+      const CastleInfo& info = CastleTable[colour][wing];
+      const bool atHome = after.squares[info.kingFrom] == makeCode(colour, King) &&
+                          after.squares[info.rookFrom] == makeCode(colour, Rook);
+      if (!atHome) rights &= ~((wing == ShortWing ? 1u : 4u) << colour);
+    }
+  }
+  return static_cast<std::uint8_t>(rights);
+}
+
+Square epSquareAfter(const Board& after, Move move) {
+  if ((move & DoubleStepFlag) == 0) return 0;
+  for (const int side : {-1, 1}) {
+    const Square beside = toOf(move) + side;
+    const bool onRank = rankOf(beside) == rankOf(toOf(move));
+    if (onRank && after.squares[beside] == makeCode(after.stm, Pawn)) return toOf(move);
+  }
+  return 0;
+}
+
+void expectRightAfterMove(const Board& before, const Board& after, Move move) {
+  ASSERT_EQ(after.squares, test::slowSquaresAfter(before.squares, move));
+  ASSERT_TRUE(isConsistent(after));  // sets, signatures and keys are those of the squares
+  ASSERT_EQ(after.stm, before.stm ^ 1);
+  ASSERT_EQ(after.castling, rightsAfter(before, after));
+  ASSERT_EQ(after.epSquare, epSquareAfter(after, move));
+  const bool quiet = capturedOf(move) == 0 && typeOf(before.squares[fromOf(move)]) != Pawn;
+  ASSERT_EQ(after.quietPlies(), quiet ? before.quietPlies() + 1 : 0);
+  ASSERT_EQ(after.ply, before.ply + 1);
+  ASSERT_EQ(after.moves[after.ply], move);
+  ASSERT_EQ(after.keys[before.ply], before.key);
+}
+
+TEST(MakeMove, EveryFieldIsRightAndTakenBack) {
+  test::RandomPositions positions(1);
+  for (int i = 0; i < test::PropertyPositions; ++i) {
+    Board& board = positions.next();
+    ASSERT_EQ(board.key, test::slowKey(board)) << describe(board);
+    ASSERT_EQ(board.pawnKey, test::slowPawnKey(board)) << describe(board);
+    Move list[MaxMoves];
+    const Move* end = generateLegal(board, list);
+    const Board before = board;
+    const UndoInfo undo = board;
+    for (const Move* move = list; move != end; ++move) {
+      makeMove(board, *move);
+      expectRightAfterMove(before, board, *move);
+      unmakeMove(board, *move, undo);
+      ASSERT_EQ(test::difference(board, before), "");
+      ASSERT_FALSE(HasFailure()) << describe(before) << std::hex << " move " << *move;
+    }
+  }
+}
+
+TEST(MakeMove, NullMovePassesTheTurnAndIsTakenBack) {
+  test::RandomPositions positions(6);
+  for (int i = 0; i < test::PropertyPositions / 10; ++i) {
+    Board& board = positions.next();
+    const Board before = board;
+    const UndoInfo undo = board;
+    makeNullMove(board);
+    ASSERT_TRUE(isConsistent(board)) << describe(before);
+    ASSERT_EQ(board.squares, before.squares);
+    ASSERT_EQ(board.stm, before.stm ^ 1);
+    ASSERT_EQ(board.castling, before.castling);
+    ASSERT_EQ(board.quietPlies(), 0);
+    ASSERT_EQ(board.epSquare, 0) << describe(before);
+    ASSERT_EQ(board.moves[static_cast<unsigned>(board.ply)], NoMove);
+    unmakeNullMove(board, undo);
+    ASSERT_EQ(test::difference(board, before), "") << describe(before);
+  }
+}
+
+TEST(MakeMove, RightsAreLostByMovesOfAndCapturesOnTheirSquares) {
+  constexpr char Fen[] = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq -";
+  const PieceCode rook = makeCode(Black, Rook);
+  EXPECT_EQ(afterMove(Fen, makeQuiet(E1, E2)).castling, BlackShort | BlackLong);
+  EXPECT_EQ(afterMove(Fen, makeQuiet(E1, G1) | CastlingFlag).castling, BlackShort | BlackLong);
+  EXPECT_EQ(afterMove(Fen, makeQuiet(A1, A2)).castling, WhiteShort | BlackShort | BlackLong);
+  EXPECT_EQ(afterMove(Fen, makeCapture(H1, H8, rook)).castling, WhiteLong | BlackLong);
+  EXPECT_EQ(afterMove(Fen, makeCapture(A1, A8, rook)).castling, WhiteShort | BlackShort);
+  EXPECT_EQ(
+      afterMove("r3k3/1P6/8/8/8/8/8/4K3 w q -", withPromotion(makeCapture(B7, A8, rook), Queen))
+          .castling,
+      0);
+  EXPECT_EQ(
+      afterMove("r3k2r/8/8/8/8/8/8/R3K2R b KQkq -", makeQuiet(E8, C8) | CastlingFlag).castling,
+      WhiteShort | WhiteLong);
+}
+
+TEST(MakeMove, CastlingMovesBothPiecesAndCountsAsQuiet) {
+  const Board board =
+      afterMove("r3k2r/8/8/8/8/8/8/R3K2R b KQkq -", makeQuiet(E8, C8) | CastlingFlag);
+  EXPECT_STREQ(getFen(board).text(), "2kr3r/8/8/8/8/8/8/R3K2R w KQ - 1 1");
+  EXPECT_EQ(board.side[Black].kingSquare, C8);
+}
+
+TEST(MakeMove, EnPassantSquareIsSetOnlyBesideAnEnemyPawn) {
+  const Move e4 = makeQuiet(E2, E4) | DoubleStepFlag;
+  EXPECT_EQ(afterMove("4k3/8/8/8/3p4/8/4P3/4K3 w - -", e4).epSquare, E4);
+  EXPECT_EQ(afterMove("4k3/8/8/8/5p2/8/4P3/4K3 w - -", e4).epSquare, E4);
+  EXPECT_EQ(afterMove("4k3/8/8/8/8/8/4P3/4K3 w - -", e4).epSquare, 0);
+  EXPECT_EQ(afterMove("4k3/8/8/8/3n4/8/4P3/4K3 w - -", e4).epSquare, 0);
+  EXPECT_EQ(afterMove("4k3/8/8/8/3P4/8/4P3/4K3 w - -", e4).epSquare, 0);
+  // Not across the edge of the board.
+  EXPECT_EQ(afterMove("4k3/8/8/p7/7p/8/P7/4K3 w - -", makeQuiet(A2, A4) | DoubleStepFlag).epSquare,
+            0);
+  EXPECT_EQ(afterMove("4k3/8/8/8/p7/8/7P/4K3 w - -", makeQuiet(H2, H4) | DoubleStepFlag).epSquare,
+            0);
+  // Good for one move only.
+  Board board = boardOf("4k3/8/8/8/3pP3/8/8/4K3 b - e4");
+  makeMove(board, makeQuiet(E8, E7));
+  EXPECT_EQ(board.epSquare, 0);
+  EXPECT_EQ(board.key, test::slowKey(board));
+}
+
+TEST(MakeMove, EnPassantTakesThePawnBeside) {
+  const Board board = afterMove("4k3/8/8/8/3pP3/8/8/4K3 b - e4",
+                                makeCapture(D4, E3, makeCode(White, Pawn)) | EnPassantFlag);
+  EXPECT_STREQ(getFen(board).text(), "4k3/8/8/8/8/4p3/8/4K3 w - - 0 1");
+}
+
+TEST(UpdateAttackInfo, KingCannotStepBackAlongTheLineOfACheck) {
+  const Board board = boardOf("4r1k1/8/8/8/8/4K3/8/8 w - -");
+  EXPECT_TRUE(contains(board.enemyAttacks, E2));
+  EXPECT_TRUE(contains(board.enemyAttacks, E1));
+}
+
+TEST(UpdateAttackInfo, BlockersStandAloneAndMayBeOfEitherColour) {
+  EXPECT_EQ(boardOf("k3r3/8/8/8/8/8/4N3/4K3 w - -").blockers[White], bit(E2));
+  EXPECT_EQ(boardOf("k3r3/8/8/8/8/4n3/8/4K3 w - -").blockers[White], bit(E3));
+  EXPECT_EQ(boardOf("k3r3/8/8/4P3/8/8/4N3/4K3 w - -").blockers[White], 0u);
+  EXPECT_EQ(boardOf("k3r3/8/8/8/8/8/8/4K3 w - -").blockers[White], 0u);
+  EXPECT_EQ(boardOf("k3b3/8/8/8/8/8/4N3/4K3 w - -").blockers[White], 0u);
+}
+
+TEST(ReplayMoves, ReplaysALineWithNullMoves) {
+  test::RandomPositions positions(3);
+  for (int i = 0; i < 2000; ++i) {
+    Board& board = positions.next();
+    const Board before = board;
+    Board played = board;
+    std::vector<Move> moves;
+    for (int k = 0; k < 6; ++k) {
+      Move list[MaxMoves];
+      const auto size = static_cast<std::uint32_t>(generateLegal(played, list) - list);
+      if (size == 0) break;
+      const bool pass = !played.isInCheck() && positions.below(4) == 0;
+      moves.push_back(pass ? NoMove : list[positions.below(size)]);
+      pass ? makeNullMove(played) : makeMove(played, moves.back());
+      updateAttackInfo(played);
+    }
+    replayMoves(board, moves);
+    ASSERT_EQ(test::difference(board, played), "") << describe(before);
+    board = before;
+  }
+}
+
+}  // namespace
+}  // namespace quill
