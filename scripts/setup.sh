@@ -1,0 +1,54 @@
+# Shared by scripts/run and scripts/test: brings a Debian machine to where it can build.
+# Sourced, not run. Everything it says goes to standard error.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+logs=$root/build/logs
+
+say() { printf '%s\n' "$*" >&2; }
+
+# quietly NAME COMMAND...: runs the command with no input and its output in build/logs/NAME.log;
+# shows the end of that log when the command fails.
+quietly() {
+  local log=$logs/$1.log
+  shift
+  mkdir -p "$logs"
+  "$@" < /dev/null > "$log" 2>&1 && return 0
+  local status=$?
+  say "failed: $*"
+  tail -n 60 "$log" >&2
+  say "(the whole output: $log)"
+  return $status
+}
+
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+is_installed() {
+  [ "$(dpkg-query -W -f '${Status}' "$1" 2> /dev/null)" = "install ok installed" ]
+}
+
+# install_missing PACKAGE...: installs those Debian packages that are not there. Touches nothing, and
+# needs no rights and no network, when all are.
+install_missing() {
+  local missing=() package
+  for package; do is_installed "$package" || missing+=("$package"); done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  if ! command -v apt-get > /dev/null; then
+    say "not a Debian machine; install the equivalents of: ${missing[*]}"
+    return 1
+  fi
+  if [ "$(id -u)" -ne 0 ] && ! command -v sudo > /dev/null; then
+    say "these packages are missing, and there are no rights to install them: ${missing[*]}"
+    return 1
+  fi
+  say "installing ${missing[*]}"
+  local wait="-o DPkg::Lock::Timeout=300"
+  quietly apt-update as_root apt-get $wait -qq update || return
+  quietly apt-install as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get $wait install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+# The options that make cmake use ccache where there is one.
+launcher=()
+if command -v ccache > /dev/null; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache); fi

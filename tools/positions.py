@@ -1,0 +1,53 @@
+"""Positions that the measuring tools share."""
+
+# Balanced openings, in coordinates from the start position.
+OPENINGS = [
+    "e2e4 e7e5 g1f3 b8c6 f1b5 a7a6 b5a4 g8f6",
+    "d2d4 d7d5 c2c4 e7e6 b1c3 g8f6 c1g5 f8e7",
+    "e2e4 c7c5 g1f3 d7d6 d2d4 c5d4 f3d4 g8f6 b1c3 a7a6",
+    "d2d4 g8f6 c2c4 g7g6 b1c3 f8g7 e2e4 d7d6",
+    "e2e4 e7e6 d2d4 d7d5 b1c3 f8b4",
+    "c2c4 e7e5 b1c3 g8f6 g1f3 b8c6",
+    "e2e4 c7c6 d2d4 d7d5 b1c3 d5e4 c3e4 c8f5",
+    "d2d4 g8f6 c2c4 e7e6 b1c3 f8b4 e2e3 e8g8",
+    "e2e4 e7e5 g1f3 b8c6 f1c4 f8c5 c2c3 g8f6",
+    "d2d4 d7d5 c2c4 c7c6 g1f3 g8f6 b1c3 d5c4",
+    "e2e4 c7c5 g1f3 b8c6 d2d4 c5d4 f3d4 g8f6 b1c3 e7e5",
+    "g1f3 d7d5 g2g3 g8f6 f1g2 e7e6",
+    "e2e4 d7d6 d2d4 g8f6 b1c3 g7g6",
+    "d2d4 g8f6 c2c4 e7e6 g1f3 b7b6 g2g3 c8b7",
+    "e2e4 g8f6 e4e5 f6d5 d2d4 d7d6",
+    "d2d4 g8f6 c2c4 g7g6 b1c3 d7d5",
+    "e2e4 e7e5 g1f3 g8f6 f3e5 d7d6 e5f3 f6e4",
+    "d2d4 g8f6 c2c4 c7c5 d4d5 e7e6",
+    "c2c4 c7c5 g1f3 g8f6 b1c3 b8c6",
+    "d2d4 f7f5 g2g3 g8f6 f1g2 g7g6",
+    "e2e4 d7d5 e4d5 d8d5 b1c3 d5a5",
+    "e2e4 e7e5 b1c3 g8f6 f2f4 d7d5",
+    "d2d4 d7d5 g1f3 g8f6 c1f4 e7e6",
+    "e2e4 c7c5 c2c3 g8f6 e4e5 f6d5",
+]
+
+# Middle-game positions near equality, neither side in check.
+MIDDLEGAMES = [
+    "r2q1rk1/2p1bppp/p2p1n2/P2Pp3/p1P1P1b1/5N2/P2Q1PPP/RNB1R1K1 w - - 1 13",
+    "r4rk1/pp2q1pp/2p2p2/3pNb2/P2PB3/4P3/1PQ2PPP/R4RK1 b - - 0 15",
+    "2r3k1/4pp1p/pp3np1/2n1pb2/P7/2N2B1P/1PP1RPP1/R1b3K1 w - - 0 19",
+    "r1bqr1k1/pppn1p1p/3p2p1/8/2PQP3/2N2P2/PP2B1PP/R4RK1 b - - 0 13",
+    "2krr3/ppp3pp/3bbp2/8/4PP2/P7/1PRBBKPP/7R b - - 0 17",
+    "r2q1rk1/p2nbppp/2p1pn2/P7/1p1P1B2/5NN1/1PP1QPPP/R4RK1 w - - 1 14",
+    "r2rn1k1/pb2qppp/1pn1p3/4P3/2B1N3/BP3N2/P3QPPP/R4RK1 b - - 0 16",
+    "r4r1k/1pp3p1/1p1nbq1p/3pR3/P2P4/1P6/4BPPP/2BQ1RK1 w - - 0 19",
+    "r1bqk2r/pp3pp1/2pbpn1p/3nN3/P2P4/2N3R1/BP2QPPP/R1B3K1 b kq - 9 14",
+    "r2q1rk1/ppn2pb1/3pbnpp/2p3N1/4PP2/P1N4P/1PP1B1P1/R1BQ1RK1 w - - 0 14",
+    "r2q1rk1/pb4pp/1p1pp3/3nPp2/3P4/5NP1/PP1Q1PBP/R2R2K1 b - - 2 17",
+    "r2r2k1/ppp1ppbp/1nn1b1p1/4P3/2P2P2/1PN1BN2/P5PP/R3KB1R w KQ - 1 12",
+    "r2qnrk1/p4pbp/1pb3p1/3pP3/P7/1QNBPP2/1P4PP/R1B2RK1 b - - 0 14",
+    "1r1q1rk1/3n1ppp/Q1pb4/p4b2/3P4/P1n2N2/BP2RPPP/R1B3K1 w - - 0 18",
+    "r1b2rk1/1p1nqp1p/p2p1npb/2pP4/P3P3/2N4P/1P1NBPP1/R1BQ1RK1 b - - 4 12",
+    "1r2k2r/pb3ppp/8/3Np3/4P3/4b1P1/PP3P1P/R3K2R w KQk - 0 15",
+    "r1b1r3/p1kn3p/1pp2np1/5pN1/NbP1p3/1P3PP1/PBR1P1BP/5RK1 b - - 0 17",
+    "r4rk1/pp1n1ppp/4b3/2PPP3/8/8/P1PN2PP/2KR1B1R b - - 0 15",
+    "r3kb1r/1p1n3p/2n2p2/1p1pp3/3P2pP/P1PK2B1/1P1N1PP1/R4RN1 w kq - 0 18",
+    "r2qk2r/pp1bbppp/1n2p3/1B2P3/8/2N4P/PP3PP1/R1BQ1RK1 b kq - 0 13",
+]
