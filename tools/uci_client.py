@@ -22,10 +22,9 @@ class Engine:
     and log files do not pile up; pass cwd to choose the folder.
     """
 
-    def __init__(self, command, options=(), cwd=None, name=None, timeout=30.0):
+    def __init__(self, command, options=(), cwd=None, name=None, timeout=30.0, env=None):
         words = shlex.split(command) if isinstance(command, str) else list(command)
-        if os.path.exists(words[0]):
-            words[0] = os.path.abspath(words[0])
+        words = [os.path.abspath(word) if os.path.isfile(word) else word for word in words]
         self.name = name or os.path.basename(words[0])
         self.timeout = timeout
         self.folder = None if cwd else tempfile.TemporaryDirectory(prefix="engine")
@@ -35,6 +34,7 @@ class Engine:
             stdout=subprocess.PIPE,
             stderr=subprocess.DEVNULL,
             cwd=cwd or self.folder.name,
+            env=env,
         )
         self.lines = queue.Queue()
         threading.Thread(target=self._read, daemon=True).start()
@@ -121,6 +121,16 @@ class Engine:
     def is_alive(self):
         return self.process.poll() is None
 
+    def end_input(self, timeout):
+        """Closes the engine's input and waits for its end; the exit status, None when it hangs."""
+        self.process.stdin.close()
+        try:
+            return self.process.wait(timeout)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            self.process.wait()
+            return None
+
     def quit(self):
         """Ends the engine; the exit status."""
         try:
@@ -180,6 +190,8 @@ class Answer:
 
 def signal_name(status):
     """The exit status in words."""
-    if status is not None and status < 0:
+    if status is None:
+        return "no end"
+    if status < 0:
         return signal.Signals(-status).name
     return f"status {status}"
