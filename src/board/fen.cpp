@@ -1,6 +1,7 @@
 #include "board/fen.h"
 
 #include <algorithm>
+#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
@@ -32,7 +33,9 @@ constexpr int StartCount[] = {0, 8, 2, 2, 2, 1, 1};
 // Reads the fields of a FEN text one after the other into a Board.
 class FenReader {
  public:
-  FenReader(Board& board, const char* text) : board_(board), at_(text) {}
+  // Messages go nowhere when the stream is none.
+  FenReader(Board& board, const char* text, std::FILE* messages)
+      : board_(board), at_(text), messages_(messages) {}
 
   bool read() {
     board_.clear();
@@ -44,6 +47,14 @@ class FenReader {
   }
 
  private:
+  [[gnu::format(printf, 2, 3)]] void report(const char* format, ...) const {
+    if (messages_ == nullptr) return;
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vfprintf(messages_, format, arguments);
+    va_end(arguments);
+  }
+
   bool atFieldEnd() const { return *at_ == '\0' || *at_ == ' '; }
   void skipBlanks() {
     while (*at_ == ' ') ++at_;
@@ -54,7 +65,7 @@ class FenReader {
     int file = 0;
     for (; !atFieldEnd(); ++at_) {
       if (rank < 0) {
-        std::fputs("fen too long\n", stderr);
+        report("fen too long\n");
         return false;
       }
       if (*at_ == '/') {
@@ -63,7 +74,7 @@ class FenReader {
       } else if (*at_ >= '1' && *at_ <= '8' && file + (*at_ - '0') <= 8) {
         file += *at_ - '0';
       } else if (!addPiece(*at_, file, rank)) {
-        std::fprintf(stderr, "fen: invalid input for %c%c: %c\n", 'a' + file, '1' + rank, *at_);
+        report("fen: invalid input for %c%c: %c\n", 'a' + file, '1' + rank, *at_);
         return false;
       } else {
         ++file;
@@ -87,7 +98,7 @@ class FenReader {
   bool checkKings() const {
     for (const Colour colour : {White, Black}) {
       if (count(board_.side[colour].bb[King]) != 1) {
-        std::fprintf(stderr, "fen: not exactly 1 king for side %i\n", colour);
+        report("fen: not exactly 1 king for side %i\n", colour);
         return false;
       }
     }
@@ -104,7 +115,7 @@ class FenReader {
         promoted += std::max(0, count(bb[type]) - StartCount[type]);
       }
       if (promoted > StartCount[Pawn] - count(bb[Pawn])) {
-        std::fprintf(stderr, "fen: impossible material for side %i\n", colour);
+        report("fen: impossible material for side %i\n", colour);
         return false;
       }
     }
@@ -115,7 +126,7 @@ class FenReader {
     skipBlanks();
     if (*at_ == '\0') return true;
     if (*at_ != 'w' && *at_ != 'b') {
-      std::fprintf(stderr, "fen: invalid stm: %c\n", *at_);
+      report("fen: invalid stm: %c\n", *at_);
       return false;
     }
     board_.stm = *at_++ == 'w' ? White : Black;
@@ -133,7 +144,7 @@ class FenReader {
           std::find_if(std::begin(CastlingFields), std::end(CastlingFields),
                        [this](const CastlingField& f) { return f.letter == *at_; });
       if (field == std::end(CastlingFields)) {
-        std::fprintf(stderr, "setFen(): illegal castling char: %c\n", *at_);
+        report("setFen(): illegal castling char: %c\n", *at_);
         return false;
       }
       grant(*field);
@@ -148,7 +159,7 @@ class FenReader {
         board_.squares[info.rookFrom] == makeCode(field.colour, Rook)) {
       board_.castling = static_cast<std::uint8_t>(board_.castling | field.right);
     } else {
-      std::fprintf(stderr, "castling %c invalid\n", field.letter);
+      report("castling %c invalid\n", field.letter);
     }
   }
 
@@ -161,7 +172,7 @@ class FenReader {
     int rank = at_[1] - '1';
     const bool onBoard = file >= 0 && file < 8 && rank >= 0 && rank < 8;
     if (!onBoard || makeSquare(file, rank) == 0) {
-      std::fputs("setFen() invalid ep square\n", stderr);
+      report("setFen() invalid ep square\n");
       return false;
     }
     if (rank == 2) rank = 3;
@@ -173,6 +184,7 @@ class FenReader {
 
   Board& board_;
   const char* at_;  // next character to be read
+  std::FILE* messages_;
 };
 
 char* writePlacement(const Board& board, char* out) {
@@ -196,9 +208,9 @@ char* writePlacement(const Board& board, char* out) {
 
 }  // namespace
 
-bool setFen(Board& board, const char* text) {
+bool setFen(Board& board, const char* text, std::FILE* messages) {
   Board scratch;
-  if (!FenReader(scratch, text != nullptr ? text : "").read()) return false;
+  if (!FenReader(scratch, text != nullptr ? text : "", messages).read()) return false;
   board = scratch;
   return true;
 }

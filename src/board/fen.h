@@ -5,14 +5,16 @@
 // ignored.
 #pragma once
 
+#include <cstdio>
+
 #include "board/board.h"
 #include "shell/text.h"
 
 namespace quill {
 
 // Sets the position; the stacks start anew and the attack information is valid.
-// On failure: false after one line on standard error; the Board is left as it was.
-bool setFen(Board& board, const char* text);
+// On failure: false after one line to messages (none for silence); the Board is left as it was.
+bool setFen(Board& board, const char* text, std::FILE* messages = stderr);
 
 // The position as FEN text. The en-passant field names the pawn's own square.
 EngineString getFen(const Board& board);

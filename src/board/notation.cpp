@@ -149,13 +149,14 @@ bool readChar(MovePattern& pattern, char c) {
   }
 }
 
-bool readPattern(MovePattern& pattern, const char* text) {
+bool readPattern(MovePattern& pattern, const char* text, std::FILE* messages) {
   const std::size_t length = std::strlen(text);
   for (std::size_t i = length; i-- > 0;) {
     // e7e8b promotes to a bishop, while bxc3 keeps its file.
     const bool bishop = text[i] == 'b' && i + 1 == length && length > 4 && isFileLetter(text[0]);
     if (!readChar(pattern, bishop ? 'B' : text[i])) {
-      std::fprintf(stderr, "illegal char in move %s: %i\n", text,
+      if (messages == nullptr) return false;
+      std::fprintf(messages, "illegal char in move %s: %i\n", text,
                    static_cast<int>(static_cast<unsigned char>(text[i])));
       return false;
     }
@@ -206,20 +207,21 @@ void moveToSan(Board& board, char* out, Move move) {
   writePromotion(writeSquare(out, toSquare(move)), move);
 }
 
-Move parseMove(Board& board, const char* text) {
+Move parseMove(Board& board, const char* text, std::FILE* messages) {
   if (text == nullptr || text[0] == '%') return NoMove;
   MovePattern pattern;
-  if (!readPattern(pattern, text) || !completePattern(pattern)) return NoMove;
+  if (!readPattern(pattern, text, messages) || !completePattern(pattern)) return NoMove;
   Move list[MaxMoves];
   Move match = NoMove;
   for (const Move move : std::span(list, generateLegal(board, list))) {
     if (!pattern.agreesWith(board, move)) continue;
     if (match != NoMove) {
+      if (messages == nullptr) return NoMove;
       char first[MoveTextSize];
       char second[MoveTextSize];
       moveToText(board, first, match);
       moveToText(board, second, move);
-      std::fprintf(stderr, "ambiguous move: %s _and_ %s\n", first, second);
+      std::fprintf(messages, "ambiguous move: %s _and_ %s\n", first, second);
       return NoMove;
     }
     match = move;

@@ -2,6 +2,8 @@
 // reader for almost any common way of writing a move.
 #pragma once
 
+#include <cstdio>
+
 #include "board/board.h"
 
 namespace quill {
@@ -19,9 +21,9 @@ void moveToSan(Board& board, char* out, Move move);
 
 // The legal move that the text means, in coordinates (e2e4, e7e8q), algebraic (Nf3, exd5, e8=Q+) or
 // O-O. Changes nothing but the attack information.
-// On failure: 0 when the text matches no legal move, or, after one line on standard error, when it
-// holds a foreign character or matches several moves.
-Move parseMove(Board& board, const char* text);
+// On failure: 0 when the text matches no legal move, or, after one line to messages (none for
+// silence), when it holds a foreign character or matches several moves.
+Move parseMove(Board& board, const char* text, std::FILE* messages = stderr);
 
 // The move as the protocol writes it: e2e4, e7e8Q (upper case), "0000" for no move. Returns the
 // position of the terminator; at most 6 bytes are written.
