@@ -1,8 +1,67 @@
-// placeholder contract, completed with the evaluation
+// The static evaluation of a position, and the state that each search thread keeps for it.
+//
+// Every term is first summed from White's view and turned to the side to move at the end. Most
+// terms have an opening and an endgame value, blended by the material that the opponent still has.
+//
+// Threads: an Evaluator belongs to one thread; only its EvalTables are shared, and read-only.
 #pragma once
+
+#include <array>
+#include <cstdint>
+
 #include "board/board.h"
+#include "eval/pawns.h"
+#include "eval/weights.h"
+#include "platform/prefetch.h"
+
 namespace quill {
-struct EvalTables;
-struct Evaluator;
+
+// No result of evaluate lies outside +-MaxEvaluation, so that none can be taken for a mate score.
+inline constexpr int MaxEvaluation = 9999;
+
+// Results by position. The key knows neither the fifty-move count nor the weights.
+struct EvalCache {
+  static constexpr unsigned Size = 4096;
+
+  struct Entry {
+    std::uint64_t key;   // Board::key ^ side to move; 0 in an empty entry
+    std::int32_t score;  // the result, centipawns, side to move's view
+  };
+
+  Entry& operator[](std::uint64_t key) { return entries[key & (Size - 1)]; }
+
+  std::array<Entry, Size> entries{};
+};
+
+struct Evaluator {
+  // Starts with an empty cache and a pawn hash of one entry.
+  // Requires: board and tables outlive the Evaluator.
+  Evaluator(const Board& evaluated, const EvalTables& evalTables);
+  Evaluator(const Evaluator&) = delete;
+  Evaluator& operator=(const Evaluator&) = delete;
+
+  const Board& board;
+  const EvalTables& tables;
+  PawnHash pawnHash;
+  std::uint64_t evalCount = 0;  // calls of evaluate, cache hits included
+  const PawnEntry* pawnEntry;   // what the last probe of the pawn hash gave
+  // King shelter by colour, computed in the call in progress; the other colour's king attack reads
+  // it.
+  std::array<int, 2> shelter{};
+  EvalCache evalCache;
+};
+
+// The value of the board in centipawns, side to move's view, within +-MaxEvaluation.
+// Requires: valid attack information.
 int evaluate(Evaluator& evaluator);
+
+// Empties the cache and the pawn hash.
+void clearEvaluator(Evaluator& evaluator);
+
+// Asks for the pawn hash's line of the board's pawns, to be called soon after a move was made.
+inline void prefetchPawnEntry(const Evaluator& evaluator) {
+  const PawnHash& hash = evaluator.pawnHash;
+  platform::prefetch(hash.table + (evaluator.board.pawnKey & hash.mask));
 }
+
+}  // namespace quill

@@ -1,0 +1,34 @@
+// The king's shelter in the middlegame, its activity in the endgame, and the attack on it.
+#pragma once
+
+#include "board/attacks.h"
+#include "board/board.h"
+#include "eval/pieces.h"
+
+namespace quill {
+
+struct Evaluator;
+
+// The square moved off the edge: a- and h-file inwards by one file, first and last rank by one
+// rank.
+constexpr Square kingFront(Square square) {
+  const int file = fileOf(square);
+  const int rank = rankOf(square);
+  return makeSquare(file == 0 ? 1 : file == 7 ? 6 : file, rank == 0 ? 1 : rank == 7 ? 6 : rank);
+}
+
+// The nine squares around a king that attackers count.
+inline Bitboard kingZone(Square king) {
+  const Square front = kingFront(king);
+  return kingAttacks[front] | bit(front);
+}
+
+// The king's value, that colour's view, centipawns; leaves its shelter in Evaluator::shelter.
+// Requires: Evaluator::pawnEntry is the board's.
+int kingShelter(Evaluator& evaluator, Colour colour);
+
+// What the colour's attack on the enemy king is worth; grows with the square of the attackers'
+// weight. Requires: Evaluator::shelter of the other colour is the board's.
+int kingAttack(const Evaluator& evaluator, Colour colour, const AttackRecord& attack);
+
+}  // namespace quill

@@ -1,0 +1,15 @@
+// What passed pawns are worth beyond their squares: support, blockade and the distance of the
+// kings.
+#pragma once
+
+#include "board/board.h"
+
+namespace quill {
+
+struct Evaluator;
+
+// Adds the colour's values to its opening and endgame sums, that colour's view, centipawns.
+// Requires: Evaluator::pawnEntry is the board's; valid attack information.
+void passedPawns(const Evaluator& evaluator, Colour colour, int& opening, int& endgame);
+
+}  // namespace quill

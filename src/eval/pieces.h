@@ -1,0 +1,40 @@
+// Square values, mobility, threats and files of the pieces, and their part in an attack on the
+// king.
+#pragma once
+
+#include "board/board.h"
+#include "eval/score_pair.h"
+
+namespace quill {
+
+struct Evaluator;
+
+// The pieces of one colour that reach the enemy king's zone. Kept only for a colour with more than
+// AttackerPoints material points; else it stays empty.
+struct AttackRecord {
+  int count = 0;   // pieces whose safe attacks meet the zone
+  int weight = 0;  // by kind of piece and number of squares
+};
+
+// A colour with no more material points than this has no attack on the enemy king.
+inline constexpr int AttackerPoints = 12;
+
+// The parts of one colour's piece terms, that colour's view, centipawns.
+struct PieceSums {
+  ScorePair contacts;  // pawns against pieces
+  ScorePair knights;
+  ScorePair bishops;
+  ScorePair rooks;
+  ScorePair queens;
+  AttackRecord attack;
+
+  ScorePair total() const { return contacts + knights + bishops + rooks + queens; }
+};
+
+PieceSums pieceSums(const Evaluator& evaluator, Colour colour);
+
+// The colour's piece terms and king attack, that colour's view, blended, centipawns.
+// Requires: kingShelter of the other colour was called for this position; valid blockers.
+int pieceTerms(const Evaluator& evaluator, Colour colour);
+
+}  // namespace quill

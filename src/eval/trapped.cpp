@@ -1,0 +1,62 @@
+#include "eval/trapped.h"
+
+#include "eval/evaluator.h"
+
+namespace quill {
+
+namespace {
+
+// A piece of White's on a square and the black pawn that keeps it there; the price in centipawns.
+struct Trap {
+  Square piece;
+  Square pawn;
+  int price;
+};
+
+constexpr Trap KnightTraps[] = {{A8, C7, 250}, {H8, F7, 250}, {B8, B7, 250}, {G8, G7, 250}};
+constexpr Trap BishopTraps[] = {{A7, B6, 150}, {H7, G6, 150}, {A6, B5, 100}, {H6, G5, 100}};
+
+constexpr int ShutInRook = 45;
+
+template <Colour Us, std::size_t Count>
+int priceOf(Bitboard pieces, Bitboard enemyPawns, const Trap (&traps)[Count]) {
+  int price = 0;
+  for (const Trap& trap : traps) {
+    if (contains(pieces, relativeSquare(Us, trap.piece)) &&
+        contains(enemyPawns, relativeSquare(Us, trap.pawn)))
+      price += trap.price;
+  }
+  return price;
+}
+
+// A king next to the corner and a rook on the wrong side of it, behind an own pawn. The files are
+// named from the corner: its own file and the next one.
+template <Colour Us>
+bool isShutIn(const Side& side, Square king1, Square king2, int cornerFile, int nextFile) {
+  if (side.kingSquare != relativeSquare(Us, king1) && side.kingSquare != relativeSquare(Us, king2))
+    return false;
+  const Bitboard inCorner =
+      fileMask(cornerFile) & (relativeRankMask(Us, 0) | relativeRankMask(Us, 1));
+  const Bitboard nextToIt = fileMask(nextFile) & relativeRankMask(Us, 0);
+  return ((side.bb[Rook] & inCorner) != 0 && (side.bb[Pawn] & fileMask(cornerFile)) != 0) ||
+         ((side.bb[Rook] & nextToIt) != 0 && (side.bb[Pawn] & fileMask(nextFile)) != 0);
+}
+
+template <Colour Us>
+int trappedPrice(const Board& board) {
+  const Side& side = board.side[Us];
+  const Bitboard enemyPawns = board.side[Us ^ 1].bb[Pawn];
+  int price = priceOf<Us>(side.bb[Knight], enemyPawns, KnightTraps);
+  price += priceOf<Us>(side.bb[Bishop], enemyPawns, BishopTraps);
+  if (isShutIn<Us>(side, B1, C1, 0, 1)) price += ShutInRook;
+  if (isShutIn<Us>(side, F1, G1, 7, 6)) price += ShutInRook;
+  return price;
+}
+
+}  // namespace
+
+int trappedPieces(const Evaluator& evaluator) {
+  return trappedPrice<Black>(evaluator.board) - trappedPrice<White>(evaluator.board);
+}
+
+}  // namespace quill
