@@ -11,6 +11,7 @@ namespace {
 
 constexpr int SortedPlaces = 8;  // most nodes are cut by one of the first moves
 
+constexpr int HashMoveScore = 32767;
 constexpr int GoodCaptureScore = 4096;
 constexpr int BadCaptureScore = -8192;
 constexpr int AdvancedPawnScore = 768;  // a pawn arriving on its seventh or eighth rank

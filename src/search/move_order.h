@@ -10,11 +10,6 @@ namespace quill {
 // Piece values by type that moves are ordered by.
 inline constexpr int OrderValue[8] = {0, 1, 3, 3, 5, 10, 99, 0};
 
-// Order scores of the hash move and, in quiescence, of a hash move that had to be added to the
-// list.
-inline constexpr int HashMoveScore = 32767;
-inline constexpr int AddedHashMoveScore = 32766;
-
 // Puts the `places` highest scores in front by selection, on equal scores the earlier move first.
 // Moves behind them stay as the exchanges left them. Scores move with their moves.
 void sortMoves(Move* moves, int* scores, int count, int places);
