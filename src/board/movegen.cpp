@@ -211,18 +211,25 @@ Move* addPawnEvasions(const Context& c, Move* list, Square checker, Bitboard tar
   return list;
 }
 
+// The one checker that men other than the king can answer, as a set; empty in double check, and
+// when the kings stand side by side, which a FEN can claim.
+Bitboard answerableChecker(const Board& board) {
+  const Bitboard checkers = findCheckers(board);
+  const bool kingsTouch = contains(kingAttacks[board.own().kingSquare], board.enemy().kingSquare);
+  return moreThanOne(checkers) || kingsTouch ? 0 : checkers;
+}
+
 template <Colour Us>
 Move* generateEvasionsFor(const Board& board, Move* list) {
   const Context c(board);
   const Side& us = board.own();
   const Bitboard allowed = ~c.own & ~board.enemy().bb[King];
   list = addMoves(c, list, c.king, kingAttacks[c.king] & allowed & ~board.enemyAttacks);
-  const Bitboard checkers = findCheckers(board);
-  // In double check only the king can move. No checker at all: a FEN put the kings side by side.
-  if (checkers == 0 || moreThanOne(checkers)) return list;
+  const Bitboard answerable = answerableChecker(board);
+  if (answerable == 0) return list;
 
-  const Square checker = lowestSquare(checkers);
-  const Bitboard targets = between[checker][c.king] | checkers;
+  const Square checker = lowestSquare(answerable);
+  const Bitboard targets = between[checker][c.king] | answerable;
   list = addKnights(c, list, targets);
   list = addSliders<Diagonal>(c, list, (us.bb[Bishop] | us.bb[Queen]) & ~c.pinned, targets);
   list = addSliders<Straight>(c, list, (us.bb[Rook] | us.bb[Queen]) & ~c.pinned, targets);
@@ -329,7 +336,7 @@ Bitboard findCheckers(const Board& board) {
 namespace {
 
 bool isLegalEnPassant(const Board& board, Move move) {
-  if (board.isInCheck() && findCheckers(board) != bit(board.epSquare)) return false;
+  if (board.isInCheck() && answerableChecker(board) != bit(board.epSquare)) return false;
   Move candidates[2];
   const Move* end = addEnPassant(board, candidates);
   for (const Move* candidate = candidates; candidate != end; ++candidate) {
@@ -388,9 +395,9 @@ bool leavesKingSafe(const Board& board, Square from, Square to) {
   const bool pinned = contains(board.blockers[static_cast<unsigned>(board.stm)], from);
   if (!board.isInCheck()) return !pinned || contains(line[from][king], to);
   if (pinned) return false;
-  const Bitboard checkers = findCheckers(board);
-  if (checkers == 0 || moreThanOne(checkers)) return false;
-  return contains(between[lowestSquare(checkers)][king] | checkers, to);
+  const Bitboard checker = answerableChecker(board);
+  if (checker == 0) return false;
+  return contains(between[lowestSquare(checker)][king] | checker, to);
 }
 
 }  // namespace

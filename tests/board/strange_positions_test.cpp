@@ -1,0 +1,222 @@
+// Positions that no game reaches but a FEN can claim, and texts that are hardly FEN at all:
+// everything on the board stays defined and consistent. At its best under the sanitizers.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "board/display.h"
+#include "board/fen.h"
+#include "board/make_move.h"
+#include "board/movegen.h"
+#include "board/notation.h"
+#include "support/capture.h"
+#include "support/positions.h"
+#include "support/random_positions.h"
+#include "support/slow_rules.h"
+
+namespace quill {
+namespace {
+
+using test::describe;
+
+constexpr const char* StrangeFens[] = {
+    // The side not to move is in check.
+    "4k3/8/8/8/8/8/4R3/4K3 w - -",
+    "rnbqkbnr/ppppp1pp/8/5p1Q/4P3/8/PPPP1PPP/RNB1KBNR w KQkq -",
+    "k7/1P6/8/8/8/8/8/K7 w - -",
+    "7k/5N2/8/8/8/8/8/K7 w - -",
+    // Both are.
+    "4k3/4r3/8/8/8/8/4R3/4K3 w - -",
+    "k6R/8/8/8/8/8/8/K6r w - -",
+    // Kings side by side, alone and with a checker.
+    "8/8/8/3kK3/8/8/8/8 w - -",
+    "8/8/8/3kK3/8/8/8/4r3 w - -",
+    "8/8/3p4/3kK3/2P1P3/8/8/8 b - -",
+    // En passant claimed: nothing there, the mover's pawn, a piece, a king, before a double check.
+    "4k3/8/8/8/8/8/8/4K3 w - e4",
+    "4k3/8/8/3PpP2/8/8/8/4K3 b - e5",
+    "4k3/8/8/3PnP2/8/8/8/4K3 w - e5",
+    "8/8/8/3PkP2/8/8/8/4K3 w - e5",
+    "4k3/4r3/8/3PpP2/8/8/8/4K3 w - e6",
+    "4k3/8/4N3/3PpP2/8/8/8/4K3 w - e6",
+    "b3k3/8/8/3PpP2/4K3/8/8/8 w - e6",
+    "7k/8/8/r2PpP1K/8/8/8/8 w - e6",
+    "7k/q7/8/3PpP2/3K4/8/8/4r3 w - e6",
+    "4k3/8/8/8/8/8/8/4K2R w K h1",
+    // A check that en passant would block although the pawn does not give it.
+    "5b1k/8/8/3pP3/1K6/8/8/8 w - d6",
+    // Nine queens, ten knights; no moves at all.
+    "qqqqkqqq/qq6/8/8/8/8/QQ6/QQQQKQQQ w - -",
+    "nnnnknnn/nnn5/8/8/8/8/NNN5/NNNNKNNN b - -",
+    "k7/8/8/8/8/5n1p/5p1P/5B1K w - -",
+    "8/8/8/8/8/pppppppp/PPPPPPPP/k6K w - -",
+    "4k3/PPPPPPPP/8/8/8/8/pppppppp/4K3 w - -",
+    "4k3/pppppppp/8/8/8/8/PPPPPPPP/4K3 b - -",
+};
+
+// Without en passant, where a claim may describe what no double step can leave behind.
+std::vector<Move> sortedWithoutEnPassant(std::vector<Move> moves) {
+  std::erase_if(moves, isEnPassant);
+  std::sort(moves.begin(), moves.end());
+  return moves;
+}
+
+// Calls everything that takes a position and checks what must hold for any that setFen accepts.
+void exercise(Board& board, test::RandomPositions& random, int depth) {
+  ASSERT_TRUE(isConsistent(board)) << describe(board);
+  Move list[MaxMoves];
+  const Move* end = generateLegal(board, list);
+  const Board before = board;
+  ASSERT_EQ(sortedWithoutEnPassant({list, list + (end - list)}),
+            sortedWithoutEnPassant(test::slowLegalMoves(board)))
+      << describe(board);
+  for (int i = 0; i < 20; ++i) {
+    const Move base = end != list && i % 4 != 0
+                          ? list[random.below(static_cast<std::uint32_t>(end - list))]
+                          : random.bits();
+    const Move move = base ^ (i % 2 == 0 ? 1u << random.below(32) : 0);
+    const bool generated =
+        std::any_of(list, const_cast<Move*>(end), [move](Move m) { return isSameMove(m, move); });
+    ASSERT_EQ(isLegalMove(board, move), generated) << describe(board) << std::hex << ' ' << move;
+  }
+  if (!board.isInCheck()) {
+    Move captures[MaxMoves];
+    const Move* last = generateCaptures(board, captures, board.enemy().bb[0]);
+    for (const Move* move = captures; move != last; ++move) {
+      ASSERT_TRUE(isLegalMove(board, *move)) << describe(board) << std::hex << ' ' << *move;
+    }
+  }
+  const UndoInfo undo = board;
+  for (const Move* move = list; move != end; ++move) {
+    ASSERT_TRUE(isLegalMove(board, *move)) << describe(board) << std::hex << ' ' << *move;
+    ASSERT_NE(capturedType(*move), King) << describe(board);
+    makeMove(board, *move);
+    updateAttackInfo(board);
+    ASSERT_TRUE(isConsistent(board)) << describe(board);
+    ASSERT_FALSE(contains(attacksBy(board, board.stm), board.enemy().kingSquare))
+        << describe(board);
+    if (depth > 0 && random.below(16) == 0) exercise(board, random, depth - 1);
+    unmakeMove(board, *move, undo);
+    ASSERT_EQ(test::difference(board, before), "") << describe(board) << std::hex << ' ' << *move;
+  }
+  char text[MoveTextSize];
+  const Move any = random.bits();
+  moveToText(board, text, any);
+  moveToSan(board, text, any);
+  parseMove(board, text);
+  if (end != list) {
+    moveToSan(board, text, list[0]);
+    ASSERT_EQ(parseMove(board, text), list[0]) << describe(board) << ' ' << text;
+  }
+}
+
+// Reads the text; what is accepted must survive everything.
+void tryText(const std::string& text, test::RandomPositions& random) {
+  Board board;
+  if (!setFen(board, text.c_str())) return;
+  exercise(board, random, 1);
+  Board again;
+  ASSERT_TRUE(setFen(again, getFen(board).text())) << text;
+  ASSERT_EQ(again.key, board.key) << text;
+  ASSERT_EQ(again.squares, board.squares) << text;
+  if (random.below(50) != 0) return;
+  test::Capture capture;
+  printBoard(board, capture.stream());
+  ASSERT_NE(capture.text().find(getFen(board).text()), std::string::npos);
+}
+
+TEST(StrangePositions, ChosenOnesAreSafe) {
+  test::RandomPositions random(71);
+  for (const char* fen : StrangeFens) {
+    Board board;
+    ASSERT_TRUE(setFen(board, fen)) << fen;
+    for (int i = 0; i < 50; ++i) tryText(fen, random);
+  }
+}
+
+std::string pick(test::RandomPositions& random, const std::string& letters) {
+  return letters.substr(random.below(static_cast<std::uint32_t>(letters.size())), 1);
+}
+
+TEST(StrangePositions, MutatedTextsAreReadSafely) {
+  test::RandomPositions random(72);
+  const test::StreamCapture errors(stderr);
+  const std::string letters = "KQRBNPkqrbnp/12345678 wb-abcdefgh09\t\xFFx";
+  for (int i = 0; i < test::PropertyPositions; ++i) {
+    const std::size_t chosen = random.below(std::size(test::VariedFens) + std::size(StrangeFens));
+    std::string text = chosen < std::size(test::VariedFens)
+                           ? test::VariedFens[chosen]
+                           : StrangeFens[chosen - std::size(test::VariedFens)];
+    for (std::uint32_t changes = 1 + random.below(4); changes > 0; --changes) {
+      const std::size_t at = random.below(static_cast<std::uint32_t>(text.size() + 1));
+      text.replace(at, random.below(3), random.below(3) == 0 ? "" : pick(random, letters));
+    }
+    tryText(text, random);
+    ASSERT_FALSE(HasFailure()) << text;
+  }
+}
+
+TEST(StrangePositions, TextsOfRandomLettersAreReadSafely) {
+  test::RandomPositions random(73);
+  const test::StreamCapture errors(stderr);
+  for (int i = 0; i < test::PropertyPositions; ++i) {
+    std::string text;
+    for (std::uint32_t n = random.below(80); n > 0; --n) {
+      text += random.below(8) != 0 ? pick(random, "KkPpQq/123456788//// wb-e3")
+                                   : std::string(1, static_cast<char>(1 + random.below(255)));
+    }
+    tryText(text, random);
+    Board board;
+    setFen(board, test::KiwipeteFen);
+    parseMove(board, text.c_str());
+    ASSERT_FALSE(HasFailure()) << text;
+  }
+}
+
+// Kings and men anywhere, any rights, any en-passant square.
+std::string randomPlacement(test::RandomPositions& random) {
+  std::string squares(64, '1');
+  const auto put = [&](char letter) {
+    const std::uint32_t square = random.below(64);
+    const bool lastRank = square < 8 || square >= 56;
+    if (squares[square] == '1' && !(lastRank && (letter | 32) == 'p')) squares[square] = letter;
+  };
+  for (std::uint32_t men = random.below(30); men > 0; --men)
+    put(pick(random, "PPPPPNBRQpppppnbrq")[0]);
+  squares[random.below(32)] = 'K';
+  squares[32 + random.below(32)] = 'k';
+  if (random.below(4) == 0) squares = std::string(squares.rbegin(), squares.rend());
+  if (random.below(4) == 0) {  // a chance for castling
+    std::replace(squares.begin(), squares.end(), 'K', '1');
+    squares[56] = squares[63] = 'R';
+    squares[60] = 'K';
+    squares[61] = squares[62] = '1';
+  }
+  std::string fen;
+  for (std::size_t rank = 0; rank < 8; ++rank) fen.append(squares, 8 * rank, 8).push_back('/');
+  fen.pop_back();
+  fen += random.below(2) == 0 ? " w " : " b ";
+  fen += random.below(2) == 0 ? "- " : "KQkq ";
+  if (random.below(4) == 0) return fen + '-';
+  return fen + pick(random, "abcdefgh") + pick(random, "3456345612345678");
+}
+
+TEST(StrangePositions, RandomPlacementsAreSafe) {
+  test::RandomPositions random(74);
+  const test::StreamCapture errors(stderr);
+  int accepted = 0;
+  for (int i = 0; i < test::PropertyPositions; ++i) {
+    const std::string fen = randomPlacement(random);
+    Board board;
+    if (setFen(board, fen.c_str())) ++accepted;
+    tryText(fen, random);
+    ASSERT_FALSE(HasFailure()) << fen;
+  }
+  EXPECT_GT(accepted, test::PropertyPositions / 4);
+}
+
+}  // namespace
+}  // namespace quill
