@@ -130,6 +130,7 @@ void tryText(const std::string& text, test::RandomPositions& random) {
 
 TEST(StrangePositions, ChosenOnesAreSafe) {
   test::RandomPositions random(71);
+  const test::StreamCapture errors(stderr);
   for (const char* fen : StrangeFens) {
     Board board;
     ASSERT_TRUE(setFen(board, fen)) << fen;
