@@ -270,14 +270,16 @@ void updateAttackInfo(Board& board) {
   board.blockers[Black] = findBlockers(board, Black);
 }
 
-void replayMoves(Board& board, std::span<const Move> moves) {
-  for (const Move move : moves) {
-    if (move == NoMove) {
-      makeNullMove(board);
-    } else {
-      makeMove(board, move);
-    }
+void playMove(Board& board, Move move) {
+  if (move == NoMove) {
+    makeNullMove(board);
+  } else {
+    makeMove(board, move);
   }
+}
+
+void replayMoves(Board& board, std::span<const Move> moves) {
+  for (const Move move : moves) playMove(board, move);
   updateAttackInfo(board);
 }
 

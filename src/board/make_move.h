@@ -30,6 +30,9 @@ Bitboard attacksBy(const Board& board, Colour colour);
 // Recomputes enemyAttacks and blockers for the side now to move.
 void updateAttackInfo(Board& board);
 
+// makeMove, or makeNullMove for 0.
+void playMove(Board& board, Move move);
+
 // Makes the moves in order, a 0 entry as a null move, then calls updateAttackInfo once.
 void replayMoves(Board& board, std::span<const Move> moves);
 

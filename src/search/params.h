@@ -27,15 +27,16 @@ inline constexpr int FutilityDepth = 5;    // futility pruning of late quiet mov
 
 // The null move is tried when the evaluation is this much above beta.
 inline constexpr int NullMoveMargin = 13;
-inline constexpr int NullMoveReduction = 5;       // with two or more pieces
-inline constexpr int NullMoveFewReduction = 4;    // with fewer, for fear of zugzwang
-inline constexpr int VerificationReduction = 5;   // with a bishop, rook or queen
+inline constexpr int NullMoveReduction = 5;      // with two or more pieces
+inline constexpr int NullMoveFewReduction = 4;   // with fewer, for fear of zugzwang
+inline constexpr int VerificationReduction = 5;  // with a bishop, rook or queen
 inline constexpr int VerificationFewReduction = 4;
 // A reduced move whose null-move reply loses to a mate is searched again at full depth.
 inline constexpr int NullMateThreat = -28999;
 
 inline constexpr int InternalReduction = 2;  // of internal iterative deepening
-inline constexpr int ExtensionDepth = 3;     // recaptures and pawn endings are extended above this depth
+inline constexpr int ExtensionDepth =
+    3;  // recaptures and pawn endings are extended above this depth
 
 inline constexpr int LateReduction = 2;     // of late moves while a rook or queen is left
 inline constexpr int LateFewReduction = 1;  // and otherwise
@@ -45,16 +46,17 @@ inline constexpr unsigned PollNodes = 256;
 inline constexpr unsigned PollQNodes = 4096;
 
 // Quiescence.
-inline constexpr int QuiescenceCheckDepth = 2;     // plies with quiet checks
-inline constexpr int MatedNextScore = -9000;       // stand pat while the enemy threatens mate in one
-inline constexpr int DeltaMargin = 199;            // need above this prunes captures
-inline constexpr int DeltaNothing = 1199;          // above this no capture helps
-inline constexpr int DeltaRooks = 699;             // up to this, rooks are worth taking
-inline constexpr int DeltaMinors = 499;            // up to this, knights and bishops too
-inline constexpr int DeltaSlack = 50;              // the pruned captures' assumed shortfall
-inline constexpr int EvasionMargin = 50;           // above eval + this, quiet evasions are dropped
+inline constexpr int QuiescenceCheckDepth = 2;  // plies with quiet checks
+inline constexpr int MatedNextScore = -9000;    // stand pat while the enemy threatens mate in one
+inline constexpr int DeltaMargin = 199;         // need above this prunes captures
+inline constexpr int DeltaNothing = 1199;       // above this no capture helps
+inline constexpr int DeltaRooks = 699;          // up to this, rooks are worth taking
+inline constexpr int DeltaMinors = 499;         // up to this, knights and bishops too
+inline constexpr int DeltaSlack = 50;           // the pruned captures' assumed shortfall
+inline constexpr int EvasionMargin = 50;        // above eval + this, quiet evasions are dropped
 
-// Aspiration windows: from this depth on, widened by these steps around the last iteration's scores.
+// Aspiration windows: from this depth on, widened by these steps around the last iteration's
+// scores.
 inline constexpr int AspirationDepth = 4;
 inline constexpr std::array<int, 7> AspirationSteps = {25, 50, 150, 400, 650, 1250, 60000};
 

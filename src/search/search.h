@@ -1,12 +1,12 @@
 // The main search: a fail-soft principal-variation alpha-beta search below the root.
 //
-// Scores are signed centipawns from the side to move's view. A node is searched in numbered steps, each
-// a function of its own; the step that searches one move, searchMove, serves the move loop of a node and
-// that of a split point alike.
+// Scores are signed centipawns from the side to move's view. A node is searched in numbered steps,
+// each a function of its own; the step that searches one move, searchMove, serves the move loop of
+// a node and that of a split point alike.
 //
-// Threads: a search touches its own Worker alone, but for the shared transposition table and the split
-// points. Once a worker's stop flag is set every level returns 0 at once, stores nothing and leaves the
-// unmaking of moves to those above it.
+// Threads: a search touches its own Worker alone, but for the shared transposition table and the
+// split points. Once a worker's stop flag is set every level returns 0 at once, stores nothing and
+// leaves the unmaking of moves to those above it.
 #pragma once
 
 #include "board/board.h"
@@ -37,7 +37,7 @@ int search(Worker& worker, int ply, int depth, int alpha, int beta, unsigned fla
 // What the search of one move needs to know of its node.
 struct NodeParams {
   int ply;
-  int depth;          // remaining, plies
+  int depth;  // remaining, plies
   int beta;
   unsigned flags;     // NodeFlags
   bool inCheck;       // the side to move is
@@ -54,11 +54,11 @@ struct MoveResult {
 
 // Searches one move of the node: futility pruning, make, extension, reduction, search, unmake.
 // threat is the move's flag by flagQuietThreats; late moves may be pruned and reduced.
-MoveResult searchMove(Worker& worker, const NodeParams& node, const UndoInfo& undo, Move move, bool late,
-                      int threat, int alpha, bool hasBestMove);
+MoveResult searchMove(Worker& worker, const NodeParams& node, const UndoInfo& undo, Move move,
+                      bool late, int threat, int alpha, bool hasBestMove);
 
-// The draws by rule, which return 0 before anything else is looked at: the opponent (the side to move)
-// can repeat, fifty moves, insufficient material, repetition. May set pv[ply].
+// The draws by rule, which return 0 before anything else is looked at: the opponent (the side to
+// move) can repeat, fifty moves, insufficient material, repetition. May set pv[ply].
 bool isDrawByRule(Worker& worker, int ply, int beta);
 
 // Polls the limits; when one is reached the whole search ends. True when the worker must stop.

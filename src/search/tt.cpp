@@ -19,7 +19,8 @@ constexpr std::uint64_t SmallestTable = 256 * 1024;  // bytes, unless allocation
 constexpr std::uint64_t GiveUpBytes = 63;
 constexpr std::uintptr_t Alignment = 128;  // bytes; a bucket never straddles a cache line
 constexpr int Ways = 4;
-constexpr int StaleWorth = -8192;  // what an entry of an earlier search is worth less than its depth
+constexpr int StaleWorth =
+    -8192;  // what an entry of an earlier search is worth less than its depth
 
 std::uint32_t lockOf(const Board& board) {
   return static_cast<std::uint32_t>(board.key >> 32) ^ static_cast<std::uint32_t>(board.key);

@@ -12,8 +12,12 @@
 
 #include "board/board.h"
 #include "eval/evaluator.h"
+#include "platform/event.h"
+#include "platform/lock.h"
+#include "platform/thread.h"
 #include "search/killers.h"
 #include "search/root_moves.h"
+#include "smp/split_point.h"
 
 namespace quill {
 
@@ -26,6 +30,7 @@ struct ThreadPool;
 class Counter {
  public:
   void operator++() { value_.store(value() + 1, std::memory_order_relaxed); }
+  void add(std::uint64_t n) { value_.store(value() + n, std::memory_order_relaxed); }
   void reset() { value_.store(0, std::memory_order_relaxed); }
   std::uint64_t value() const { return value_.load(std::memory_order_relaxed); }
   operator std::uint64_t() const { return value(); }
@@ -44,8 +49,20 @@ struct SearchStats {
   Counter ttOverwrites;   // of those, how many displaced an entry of the current generation
 
   void reset();
+  void add(const SearchStats& other);
   // What node limits, speed and the protocol call searched nodes.
   std::uint64_t searched() const { return qnodes + pruned + nodes; }
+};
+
+// What a thread's time goes into.
+enum Activity : int {
+  IdleTime,        // not reported
+  WorkWaitTime,    // a slave waiting for work
+  MasterWaitTime,  // the owner of a split point helping elsewhere
+  SlaveWaitTime,   // the owner waiting for its helpers to finish
+  AdminTime,       // setting up and joining split points
+  WorkTime,        // searching
+  ActivityCount
 };
 
 struct Worker {
@@ -64,6 +81,33 @@ struct Worker {
   Tt& tt;
   TimeControl& timeControl;
   const int index;  // 0 = master
+
+  // Its thread. The events order everything that is done for an idle worker before what it then
+  // does.
+  platform::Thread thread;
+  platform::Event wakeEvent;
+  platform::Event idleEvent;
+  std::atomic<bool> quit{false};     // end the thread
+  std::atomic<bool> stopped{false};  // the search is being stopped; cleared by the wake
+  UndoInfo undoSnapshot{};           // of the root position, for the return from a split point
+
+  // Split points. spinLock guards currentSplit and available against the threads that hand out
+  // work.
+  std::array<SplitPoint, MaxSplitPoints> splitPoints;  // a stack, splitsInUse deep
+  int splitsInUse = 0;
+  std::atomic<SplitPoint*> currentSplit{nullptr};  // what it works at, none above all split points
+  std::atomic<bool> available{false};              // counted in the pool's idleCount
+  platform::SpinLock spinLock;
+
+  // Counters of the search for the statistics.
+  std::uint32_t splits = 0;
+  std::uint32_t joins = 0;
+  std::atomic<std::uint32_t> kills{0};                   // advanced by the threads that kill
+  std::uint32_t lastTick = 0;                            // ms
+  std::array<std::uint32_t, ActivityCount> timeSpent{};  // ms by Activity
 };
+
+// Adds the time since the last call to the activity that has just ended. The worker's own thread.
+void account(Worker& worker, Activity activity);
 
 }  // namespace quill

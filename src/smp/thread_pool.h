@@ -58,6 +58,9 @@ struct ThreadPool {
   // The game position, that of the master.
   Board& board() { return workers[0]->board; }
 
+  // A limit is reached: every thread unwinds. Any thread.
+  void endSearch();
+
   // Sums over all running threads; values of a running search may be a little old.
   std::uint64_t searchedNodes() const;
   // Table entries newly filled in this search.
@@ -84,8 +87,22 @@ struct ThreadPool {
   const EvalTables& evalTables;
   std::array<std::unique_ptr<Worker>, MaxThreads> workers;
   std::atomic<bool> stopRequested{false};
+  // Threads that wait for a split point; below 0 while one thread hands them out. Sequentially
+  // consistent where it is changed, relaxed where the move loop looks whether a split is worth
+  // trying.
+  std::atomic<int> idleCount{0};
+  platform::SpinLock poolLock;  // taken before any worker's spinLock
 
  private:
+  void startThread(Worker& worker);
+  void stopThread(Worker& worker);
+  void stopWorker(Worker& worker);
+  void wakeWorker(Worker& worker);
+  static void threadMain(void* worker);
+  void runMaster();
+  void printSearchStatistics() const;
+  void assertSettled();
+
   int threadCount_ = 0;
 };
 

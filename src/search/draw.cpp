@@ -1,0 +1,62 @@
+#include "search/search.h"
+
+#include <algorithm>
+
+#include "board/attacks.h"
+#include "search/params.h"
+#include "search/worker.h"
+
+namespace quill {
+
+namespace {
+
+constexpr int FiftyMovePlies = 99;  // more quiet plies than this draw
+
+// The side to move can go back to where it came from, the opponent having gone back itself: the
+// position before their two moves comes up again. The move back is the line.
+bool canRepeat(Worker& worker, int ply, int beta) {
+  const Board& board = worker.board;
+  if (beta > DrawScore || ply <= 2 || board.quietPlies() <= 2) return false;
+  const Move last = board.moves[board.ply];
+  const Move own = board.moves[board.ply - 1];
+  const Move first = board.moves[board.ply - 2];
+  if (fromOf(last) != toOf(first) || toOf(last) != fromOf(first)) return false;
+  if (isCastling(own) || contains(between[fromOf(own)][toOf(own)], fromOf(first))) return false;
+  const Move back = makeQuiet(toOf(own), fromOf(own));
+  if (back == NoMove) return false;
+  worker.pv[ply][0] = back;
+  worker.pv[ply][1] = NoMove;
+  return true;
+}
+
+// At most one minor piece on each side and nothing else.
+bool hasInsufficientMaterial(const Board& board) {
+  constexpr std::uint32_t PawnsRooksQueens = 0x0FF00F00;
+  constexpr int MostPoints = 4;
+  return std::all_of(board.side.begin(), board.side.end(), [](const Side& side) {
+    return (side.material & PawnsRooksQueens) == 0 && materialPoints(side.material) <= MostPoints;
+  });
+}
+
+// One earlier occurrence draws inside the tree; close to the root, where the game's own history is
+// near, it takes two.
+bool isRepetition(const Board& board, int ply) {
+  int needed = ply > 2 ? 1 : 2;
+  const int oldest = std::max(board.lastIrreversible, 0);
+  for (int i = board.ply - 4; i >= oldest; i -= 2) {
+    if (board.keys[i] != board.key) continue;
+    if (--needed == 0) return true;
+    i -= 2;  // the position can't come back sooner than four plies later
+  }
+  return false;
+}
+
+}  // namespace
+
+bool isDrawByRule(Worker& worker, int ply, int beta) {
+  const Board& board = worker.board;
+  return canRepeat(worker, ply, beta) || board.quietPlies() > FiftyMovePlies ||
+         hasInsufficientMaterial(board) || isRepetition(board, ply);
+}
+
+}  // namespace quill
