@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Checks the layering of src/: includes point downwards or sideways, never up.
 
-Also: headers of the operating system or the processor are included in src/platform only, and no file
-grows past 600 lines unless it is a table. Prints one line for each violation; exit status 1 when there
-is any.
+Also: headers of the operating system or the processor are included in src/platform only, and no
+file grows past 600 lines unless it is a table. Prints one line for each violation; exit status 1
+when there is any.
 """
 
 import pathlib
@@ -76,8 +76,8 @@ def check_tree(root):
 
 
 def main():
-    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent / "src"
-    complaints = check_tree(root)
+    project = pathlib.Path(__file__).resolve().parent.parent
+    complaints = check_tree(sys.argv[1] if len(sys.argv) > 1 else project / "src")
     for complaint in complaints:
         print(complaint)
     return 1 if complaints else 0

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Plays whole games under a real chess GUI: xboard in a virtual display, with polyglot as its UCI side.
+# Plays whole games under a real GUI: xboard in a virtual display, with polyglot as its UCI side.
 #
 #   scripts/gui_match.sh [-n GAMES] [-t MIN:SEC] [-i INC] [-o PGN] ENGINE OPPONENT
 #
-# Polyglot does not pass fractions of a second on as increments, but shows the clock that they give.
 # ENGINE is a UCI program; OPPONENT is gnuchess, phalanx (which speak to xboard directly), glaurung,
-# toga2, stockfish or the path of another UCI program. Prints the score and counts illegal moves, time
-# forfeits and crashes of either side; exit status 1 when ENGINE had any, or when a game is missing.
+# toga2, stockfish or the path of another UCI program. Prints the score and counts illegal moves,
+# time forfeits and crashes of either side; exit status 1 when ENGINE had any, or when a game is
+# missing. Polyglot does not pass fractions of a second on as increments, but the clocks tell them.
 # Needs the Debian packages xboard, polyglot, xvfb and xauth, and the opponent's.
 set -euo pipefail
 
@@ -22,7 +22,7 @@ while getopts n:t:i:o: option; do
   esac
 done
 shift $((OPTIND - 1))
-[ $# -eq 2 ] || { sed -n '2,10s/^# \{0,1\}//p' "$0" >&2; exit 2; }
+[ $# -eq 2 ] || { sed -n '2,9s/^# \{0,1\}//p' "$0" >&2; exit 2; }
 
 PATH=$PATH:/usr/games
 for program in xboard polyglot xvfb-run; do
@@ -79,7 +79,10 @@ timeout $((games * 1200)) xvfb-run -a xboard \
   -popupExitMessage false -popupMoveErrors false > "$work/xboard.out" 2>&1 < /dev/null
 status=$?
 set -e
-[ $status -eq 0 ] || { echo "xboard ended with status $status" >&2; tail -n 20 "$work/xboard.out" >&2; }
+if [ $status -ne 0 ]; then
+  echo "xboard ended with status $status" >&2
+  tail -n 20 "$work/xboard.out" >&2
+fi
 
 python3 "$here/../tools/gui_match_files.py" report "$pgn" "$engine_name" "$opponent_name" \
   --skip "$before" --games "$games"

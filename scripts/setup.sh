@@ -28,8 +28,8 @@ is_installed() {
   [ "$(dpkg-query -W -f '${Status}' "$1" 2> /dev/null)" = "install ok installed" ]
 }
 
-# install_missing PACKAGE...: installs those Debian packages that are not there. Touches nothing, and
-# needs no rights and no network, when all are.
+# install_missing PACKAGE...: installs those Debian packages that are not there. Touches nothing,
+# and needs no rights and no network, when all are.
 install_missing() {
   local missing=() package
   for package; do is_installed "$package" || missing+=("$package"); done

@@ -3,7 +3,8 @@
 
   tools/bratko_kopec.py [--time SECONDS] [--threads N] ENGINE
 
-A position is solved when the move at the end of the search is one of those that the collection names.
+A position is solved when the move at the end of the search is one of those that the collection
+names.
 """
 
 import argparse
@@ -34,7 +35,8 @@ def main():
     args = parser.parse_args()
 
     solved = total = 0
-    with Engine(args.engine, {"Threads": args.threads, "Hash": args.hash, "OwnBook": "false"}) as engine:
+    options = {"Threads": args.threads, "Hash": args.hash, "OwnBook": "false"}
+    with Engine(args.engine, options) as engine:
         for name, fen, best in read_epd():
             engine.clear()
             answer = engine.go(f"movetime {round(args.time * 1000)}", f"fen {fen}", args.time + 30)

@@ -1,7 +1,8 @@
 """The rules of chess, written plainly for the referee of the match tools.
 
-A second writing of the rules, on purpose independent of the engine: a move that the engine thinks legal
-is checked here. Slow and simple: a board of 64 letters, every move is made to see whether it is legal.
+A second writing of the rules, on purpose independent of the engine: a move that the engine thinks
+legal is checked here. Slow and simple: a board of 64 letters, every move is made to see whether it
+is legal.
 """
 
 START_FEN = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1"
@@ -218,7 +219,7 @@ class Position:
     # The end of a game.
 
     def lacks_material(self):
-        """Neither side can ever mate: bare kings, one minor piece, or bishops of one square colour."""
+        """Nobody can ever mate: bare kings, one minor piece, or bishops of one square colour."""
         men = [(p.upper(), s) for s, p in enumerate(self.board) if p is not None and p not in "Kk"]
         if len(men) <= 1:
             return all(kind in "BN" for kind, _ in men)

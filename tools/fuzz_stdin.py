@@ -3,12 +3,12 @@
 
   tools/fuzz_stdin.py [--seconds S] [--seed N] [--keep FOLDER] ENGINE
 
-ENGINE is quill, best a build with AddressSanitizer. One session after the other is played, each with a
-process of its own: console or UCI commands, positions, typed moves, options, searches, broken forms of
-all these, bytes of any value, lines of any length. After each batch the engine must answer; at the end
-of its input it must end with status 0 and no sanitizer report. A session that fails is kept as a file
-that can be fed to the engine again. Values that would only make a session long or big (a table of
-gigabytes, a search of hours) are kept out.
+ENGINE is quill, best a build with AddressSanitizer. One session after the other is played, each
+with a process of its own: console or UCI commands, positions, typed moves, options, searches,
+broken forms of all these, bytes of any value, lines of any length. After each batch the engine must
+answer; at the end of its input it must end with status 0 and no sanitizer report. A session that
+fails is kept as a file that can be fed to the engine again. Values that would only make a session
+long or big (a table of gigabytes, a search of hours) are kept out.
 """
 
 import argparse
@@ -46,11 +46,14 @@ OPTIONS = [
     "eval.mobility.endgame", "eval.passedpawns.opening", "eval.passedpawns.endgame",
     "eval.pawnstructure.opening", "eval.pawnstructure.endgame", "eval.kingattack", "nonsense", "",
 ]
-VALUES = ["", "0", "1", "2", "16", "17", "100", "256", "1000", "-1", "true", "TRUE", "false", "value"]
+VALUES = ["", "0", "1", "2", "16", "17", "100", "256", "1000", "-1", "true", "TRUE", "value"]
 HUGE = ["2147483647", "2147483648", "-2147483649", "4294967296", "9" * 30, "-" + "9" * 30]
-WORDS = ["uci", "isready", "ucinewgame", "stop", "ponderhit", "book", "fen", "%", "g", "g tt", "mt", "mt 0",
-         "mt 1", "perft", "perft 2", "perft 0", "perft -1", "divide", "divide 2", "position", "go", "setoption",
-         "", " ", "\t", "\r", "O-O", "O-O-O", "e8=Q", "a7a8q", "Nf3+", "0000", "e2e4 e7e5", "  e2e4  "]  # fmt: skip
+WORDS = [
+    "uci", "isready", "ucinewgame", "stop", "ponderhit", "position", "go", "setoption", "book",
+    "fen", "%", "g", "g tt", "mt", "mt 0", "mt 1", "perft", "perft 2", "perft 0", "perft -1",
+    "divide", "divide 2", "", " ", "\t", "\r", "O-O", "O-O-O", "e8=Q", "a7a8q", "Nf3+", "0000", "e2e4 e7e5",
+    "  e2e4  ",
+]
 GO_FIELDS = ["wtime", "btime", "winc", "binc", "depth", "nodes", "movetime", "movestogo"]
 
 
@@ -104,10 +107,12 @@ class Lines:
         length = self.rng.choice((1, 3, 10, 80, 500, 16382, 16383, 16384, 40000))
         kind = self.rng.random()
         if kind < 0.3:
-            return bytes(self.rng.choice(b"abcdefgh12345678x-=+oONBRQK/ wkq") for _ in range(min(length, 500)))
+            letters = b"abcdefgh12345678x-=+oONBRQK/ wkq"
+            return bytes(self.rng.choices(letters, k=min(length, 500)))
         if kind < 0.6:
             return self.rng.randbytes(length)
-        return self.rng.choice((b"x", b"e2e4 ", b"k/K", b"8/", b"position ", b"fen ", b" ", b"\0")) * length
+        pieces = (b"x", b"e2e4 ", b"k/K", b"8/", b"position ", b"fen ", b" ", b"\0")
+        return self.rng.choice(pieces) * length
 
     def clean(self):
         kind = self.rng.random()
@@ -262,7 +267,7 @@ def main():
     parser.add_argument("engine")
     parser.add_argument("--seconds", type=float, default=60)
     parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--patience", type=float, default=60, help="seconds until a silence is a hang")
+    parser.add_argument("--patience", type=float, default=60, help="longest silence, seconds")
     parser.add_argument("--keep", default=".", help="folder for the input of a failed session")
     args = parser.parse_args()
 
@@ -281,7 +286,8 @@ def main():
             failures += 1
             kept = pathlib.Path(args.keep, f"fuzz-{seed}.in")
             kept.write_bytes(b"\n".join(session.sent) + b"\n")
-            print(f"FAILED: session {sessions}: {problem or 'sanitizer report'}; input kept in {kept}")
+            reason = problem or "sanitizer report"
+            print(f"FAILED: session {sessions}: {reason}; input kept in {kept}")
             print("\n".join(found) or session.tail[-2000:].decode("latin-1"), flush=True)
     print(f"{sessions} sessions, {total} lines, {failures} failures (seed {args.seed})")
     return 1 if failures else 0

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The files around a match under a GUI: the openings that it starts from, and the report on its games.
+"""The files around a match under a GUI: the openings, and the report on the games.
 
   tools/gui_match_files.py openings
   tools/gui_match_files.py report GAMES.pgn ENGINE OPPONENT [--skip N] [--games N]
@@ -74,9 +74,11 @@ def report(args):
     with open(args.pgn, encoding="utf-8", errors="replace") as file:
         games = list(read_games(file.read()))[args.skip :]
     for number, (tags, comment) in enumerate(games, 1):
-        print(f"game {number}: {tags.get('White')} - {tags.get('Black')} {tags['Result']} {comment}")
+        players = f"{tags.get('White')} - {tags.get('Black')}"
+        print(f"game {number}: {players} {tags['Result']} {comment}")
     wins, draws, losses, unfinished, faults = summarise(games, args.engine)
-    print(f"{args.engine} against {args.opponent}: {wins + draws / 2:g} of {len(games)} (+{wins} ={draws} -{losses})")
+    score = f"{wins + draws / 2:g} of {len(games)} (+{wins} ={draws} -{losses})"
+    print(f"{args.engine} against {args.opponent}: {score}")
     for is_engine, name in ((True, args.engine), (False, args.opponent)):
         counts = ", ".join(f"{kind} {faults.get((is_engine, kind), 0)}" for kind in FAULTS)
         print(f"faults of {name}: {counts}")
@@ -95,7 +97,7 @@ def main():
     reporter.add_argument("pgn")
     reporter.add_argument("engine")
     reporter.add_argument("opponent")
-    reporter.add_argument("--skip", type=int, default=0, help="games at the file's start that are old")
+    reporter.add_argument("--skip", type=int, default=0, help="old games at the file's start")
     reporter.add_argument("--games", type=int, default=0, help="games that there must be")
     args = parser.parse_args()
     if args.command == "openings":

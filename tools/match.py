@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
 """A match between two UCI engines, with a strict referee.
 
-  tools/match.py [--games N] [--tc BASE+INC | --tc MOVES/BASE | --movetime S] [--pgn FILE] ENGINE1 ENGINE2
+  tools/match.py [--games N] [--tc BASE+INC | --tc MOVES/BASE | --movetime S] [--pgn FILE]
+                 ENGINE1 ENGINE2
 
-Each opening is played twice with colours changed. Games end by the rules only. Every move's legality and
-every clock is checked; an illegal move, a lost clock or a crash loses the game and is counted.
-Options for one engine: --option1 Threads=2 --option2 Hash=64 (repeatable); names: --name1, --name2.
+Each opening is played twice with colours changed. Games end by the rules only. Every move's
+legality and every clock is checked; an illegal move, a lost clock or a crash loses the game and is
+counted. Options for one engine: --option1 Threads=2 --option2 Hash=64 (repeatable); names: --name1,
+--name2.
 """
 
 import argparse
@@ -104,7 +106,8 @@ class Game:
         limits = limits_of(self.clocks, self.position.white, self.movetime)
         patience = (self.movetime or clock.left) + 10
         try:
-            answer = self.players[side].go(limits, "startpos moves " + " ".join(self.moves), patience)
+            played = "startpos moves " + " ".join(self.moves)
+            answer = self.players[side].go(limits, played, patience)
         except EngineError as error:
             return f"crash: {error}"
         if self.movetime:
@@ -162,13 +165,15 @@ class Match:
         first_is_white = number % 2 == 0
         order = (0, 1) if first_is_white else (1, 0)
         opening = OPENINGS[number // 2 % len(OPENINGS)]
-        game = Game(
-            [self.engine(i) for i in order], opening, self.control, self.args.movetime, self.args.max_plies
-        )
+        players = [self.engine(i) for i in order]
+        game = Game(players, opening, self.control, self.args.movetime, self.args.max_plies)
         result, reason = game.play()
         self.score(result, reason, order)
-        print(f"game {number + 1}: {game.players[0].name} - {game.players[1].name} {result} ({reason}, "
-              f"{len(game.moves)} plies)  {self.wins}-{self.losses}-{self.draws}", flush=True)
+        print(
+            f"game {number + 1}: {players[0].name} - {players[1].name} {result} ({reason}, "
+            f"{len(game.moves)} plies)  {self.wins}-{self.losses}-{self.draws}",
+            flush=True,
+        )
         if self.args.pgn:
             with open(self.args.pgn, "a", encoding="utf-8") as file:
                 file.write(game.pgn(number + 1, result, reason))
@@ -196,8 +201,9 @@ class Match:
         games = self.wins + self.draws + self.losses
         points = self.wins + self.draws / 2
         names = [self.engine(i).name for i in (0, 1)]
-        print(f"{names[0]} against {names[1]}: {points:g} of {games} (+{self.wins} ={self.draws} -{self.losses})")
-        print("ends: " + ", ".join(f"{count} {reason}" for reason, count in sorted(self.reasons.items())))
+        score = f"{points:g} of {games} (+{self.wins} ={self.draws} -{self.losses})"
+        print(f"{names[0]} against {names[1]}: {score}")
+        print("ends: " + ", ".join(f"{count} {why}" for why, count in sorted(self.reasons.items())))
         for index in (0, 1):
             counts = ", ".join(f"{f} {self.faults[(index, f)]}" for f in self.FAULTS)
             print(f"faults of {names[index]}: {counts}")

@@ -3,15 +3,16 @@
 
   tools/speed_compare.py [--runs R] [--movetime S] QUILL
 
-Perft of a rich position at depth 5 against stockfish's "go perft"; nodes per second of a search with one
-thread on five middle-game positions against toga2 and glaurung. Engines that are not installed are left
-out. A claim of speed quotes the lowest, the median and the highest ratio.
+Perft of a rich position at depth 5 against stockfish's "go perft"; nodes per second of a search
+with one thread on five middle-game positions against toga2 and glaurung. Engines that are not
+installed are left out. A claim of speed quotes the lowest, the median and the highest ratio.
 """
 
 import argparse
 import os
 import re
 import subprocess
+import tempfile
 import time
 from statistics import median
 
@@ -26,9 +27,15 @@ PERFT_COUNT = 193690690
 def quill_perft(program):
     """Seconds of the console's perft, by its own clock."""
     commands = f"fen {PERFT_FEN}\nperft {PERFT_DEPTH}\nquit\n"
-    output = subprocess.run(
-        [os.path.abspath(program)], input=commands, capture_output=True, text=True, check=True, cwd="/tmp"
-    ).stdout
+    with tempfile.TemporaryDirectory(prefix="engine") as folder:
+        output = subprocess.run(
+            [os.path.abspath(program)],
+            input=commands,
+            capture_output=True,
+            text=True,
+            check=True,
+            cwd=folder,
+        ).stdout
     match = re.search(r"perft \d+\s+(\d+) ops in ([\d.]+) seconds", output)
     if not match or int(match.group(1)) != PERFT_COUNT:
         raise SystemExit(f"{program}: wrong perft: {match.group(0) if match else output}")
@@ -56,7 +63,8 @@ def nodes_per_second(engine, fen, movetime):
 
 
 def spread(ratios):
-    return f"lowest {min(ratios):.2f}, median {median(ratios):.2f}, highest {max(ratios):.2f} of {len(ratios)}"
+    low, middle, high = min(ratios), median(ratios), max(ratios)
+    return f"lowest {low:.2f}, median {middle:.2f}, highest {high:.2f} of {len(ratios)}"
 
 
 def compare_perft(args):
@@ -91,7 +99,7 @@ def main():
     parser.add_argument("--runs", type=int, default=3)
     parser.add_argument("--movetime", type=float, default=2.0, help="seconds a search")
     parser.add_argument("--stockfish", default="/usr/games/stockfish")
-    parser.add_argument("--rival", action="append", help="default: toga2 and glaurung of /usr/games")
+    parser.add_argument("--rival", action="append", help="default: toga2 and glaurung")
     args = parser.parse_args()
 
     rivals = args.rival or ["/usr/games/toga2", "/usr/games/glaurung"]

@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
-"""Starts and stops searches in every order and checks that each "go" gets its one "bestmove" in time.
+"""Starts and stops searches in every order; each "go" must get its one "bestmove" in time.
 
   tools/stress_search.py [--threads N] [--cpus LIST] [--scale F] [--only NAME] [--seed S] ENGINE
 
-ENGINE is quill, best a build with ThreadSanitizer or AddressSanitizer. --cpus pins it to processors.
---scale multiplies the number of rounds of every scenario. Exit status 1 after the first failure.
+ENGINE is quill, best a build with ThreadSanitizer or AddressSanitizer. --cpus pins it to
+processors. --scale multiplies the number of rounds of every scenario. Exit status 1 after the first
+failure.
 
-A "stop" that comes when the search has just ended by itself repeats the answer without a ponder move
-(or says 0000 after "position"); such a repetition is counted, not a fault.
+A "stop" that comes when the search has just ended by itself repeats the answer without a ponder
+move (or says 0000 after "position"); such a repetition is counted, not a fault.
 """
 
 import argparse
@@ -50,7 +51,7 @@ class Stress:
         return fen, f"position fen {fen}"
 
     def expect_answer(self, fen, since, budget=0.0):
-        """Waits for the bestmove, which must come within the limit after `since` plus the budget."""
+        """Waits for the bestmove, due within the limit after `since` plus the budget."""
         self.searches += 1
         deadline = since + budget + self.args.patience
         while True:
@@ -69,7 +70,8 @@ class Stress:
     def expect_quiet(self, move, stops):
         """No further bestmove, but for the repetitions that late stops may ask for."""
         self.engine.send("isready")
-        extra = [t for t in self.engine.until("readyok", self.args.patience) if t.startswith("bestmove")]
+        texts = self.engine.until("readyok", self.args.patience)
+        extra = [text for text in texts if text.startswith("bestmove")]
         if len(extra) > stops or any(t.lower() != f"bestmove {move}" for t in extra):
             raise Failure(f"more answers than searches: {extra} after {move}")
         self.repeats += len(extra)
@@ -101,10 +103,11 @@ class Stress:
     def thread_change(self):
         """Another number of threads before every search, sometimes during it."""
         fen, position = self.position()
-        self.engine.send(f"setoption name Threads value {self.random.randint(1, self.args.threads)}")
+        before, during = (self.random.randint(1, self.args.threads) for _ in range(2))
+        self.engine.set_option("Threads", before)
         self.engine.send(position, "go movetime 20")
         if self.random.random() < 0.3:
-            self.engine.send(f"setoption name Threads value {self.random.randint(1, self.args.threads)}")
+            self.engine.set_option("Threads", during)
         self.expect_quiet(self.expect_answer(fen, time.monotonic(), 0.02), 0)
 
     DISTURBANCES = (
@@ -139,7 +142,8 @@ class Stress:
         for _ in range(self.random.randint(1, 8)):
             if self.random.random() < 0.2:
                 fen, position = self.position()
-                lines += [position, self.random.choice(("go infinite", "go movetime 3", "go ponder"))]
+                limit = self.random.choice(("infinite", "movetime 3", "ponder"))
+                lines += [position, f"go {limit}"]
             else:
                 lines.append(self.random.choice(self.DISTURBANCES))
         # Ended by a search whose answer is known to come.
@@ -154,7 +158,7 @@ class Stress:
         for _ in range(sum(line == "isready" for line in lines) - 1):
             texts += self.engine.until("readyok", self.args.patience)
         answers = [t.split()[1].lower() for t in texts if t.startswith("bestmove")]
-        # Two stops and a ponderhit outside of pondering may each repeat an answer; a "g" gives its own.
+        # Stops and ponderhits may each repeat an answer; a "g" gives one of its own.
         spare = 2 + sum(line in ("ponderhit", "g") for line in lines)
         if not searches <= len(answers) <= searches + spare:
             raise Failure(f"{len(answers)} answers to {searches} searches: {lines}")
@@ -210,8 +214,8 @@ def main():
     parser.add_argument("--scale", type=float, default=1.0)
     parser.add_argument("--only", action="append", choices=list(Stress.ROUNDS))
     parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--limit", type=float, default=1.0, help="seconds from a stop to its answer")
-    parser.add_argument("--patience", type=float, default=60.0, help="seconds until a silence is a hang")
+    parser.add_argument("--limit", type=float, default=1.0, help="seconds from stop to answer")
+    parser.add_argument("--patience", type=float, default=60.0, help="longest silence, seconds")
     args = parser.parse_args()
 
     prefix = ["taskset", "-c", args.cpus] if args.cpus else []

@@ -3,9 +3,10 @@
 
   tools/time_to_depth.py [--depth D] [--threads N] [--runs R] ENGINE
 
-Twenty middle-game positions. Every run starts with cleared tables; runs with one and with N threads take
-turns, so that both meet the same state of the machine. For each position: the median times, the gain
-(time with one thread / time with N) and the gain in nodes per second; then the medians over all.
+Twenty middle-game positions. Every run starts with cleared tables; runs with one and with N threads
+take turns, so that both meet the same state of the machine. For each position: the median times,
+the gain (time with one thread / time with N) and the gain in nodes per second; then the medians
+over all.
 """
 
 import argparse
@@ -18,7 +19,8 @@ from uci_client import Engine
 def measure(engine, fen, depth, patience):
     """(seconds, nodes per second) of one search from cleared tables."""
     engine.clear()
-    answer = engine.go(f"depth {depth} movetime {round(patience * 1000)}", f"fen {fen}", patience + 30)
+    limits = f"depth {depth} movetime {round(patience * 1000)}"
+    answer = engine.go(limits, f"fen {fen}", patience + 30)
     # The engine's own clock where it is fine enough, else ours.
     seconds = answer.last("time") / 1000
     seconds = seconds if seconds >= 0.1 else answer.seconds
@@ -40,7 +42,7 @@ def main():
     parser.add_argument("--runs", type=int, default=3)
     parser.add_argument("--hash", type=int, default=128, help="MB")
     parser.add_argument("--positions", type=int, default=len(MIDDLEGAMES))
-    parser.add_argument("--patience", type=float, default=600, help="seconds that one search may take")
+    parser.add_argument("--patience", type=float, default=600, help="seconds for one search")
     args = parser.parse_args()
 
     counts = (1, args.threads)
@@ -48,7 +50,8 @@ def main():
     engines = [Engine(args.engine, {"Threads": n, **options}) for n in counts]
     rows = []
     try:
-        print(f"position     1 thread  {args.threads} threads    gain  nps gain   (depth {args.depth})")
+        print(f"depth {args.depth}")
+        print(f"position     1 thread  {args.threads} threads    gain  nps gain")
         for number, fen in enumerate(MIDDLEGAMES[: args.positions], 1):
             runs = ([], [])
             for turn in range(args.runs):

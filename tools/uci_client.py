@@ -18,8 +18,8 @@ class EngineError(Exception):
 class Engine:
     """A running engine. Every wait has an end: an engine that hangs raises EngineError.
 
-    The engine runs in a folder of its own, so that no book or settings file of the caller's is found
-    and log files do not pile up; pass cwd to choose the folder.
+    The engine runs in a folder of its own, so that no book or settings file of the caller's is
+    found and log files do not pile up; pass cwd to choose the folder.
     """
 
     def __init__(self, command, options=(), cwd=None, name=None, timeout=30.0, env=None):
@@ -101,7 +101,7 @@ class Engine:
         self.until("readyok", timeout)
 
     def go(self, limits, position=None, timeout=None):
-        """Searches; the Answer. position is what follows the word "position", limits what follows "go"."""
+        """Searches; the Answer. position and limits are what follows "position" and "go"."""
         if position:
             self.send("position " + position)
         started = time.monotonic()

@@ -88,7 +88,8 @@ class Referee(unittest.TestCase):
 class GuiReport(unittest.TestCase):
     @staticmethod
     def game(white, black, result, comment):
-        return f'[Event "x"]\n[White "{white}"]\n[Black "{black}"]\n[Result "{result}"]\n\n1. e4 {{a}} e5\n{{{comment}}} {result}\n\n'
+        tags = f'[Event "x"]\n[White "{white}"]\n[Black "{black}"]\n[Result "{result}"]\n\n'
+        return f"{tags}1. e4 {{a}} e5\n{{{comment}}} {result}\n\n"
 
     def test_counts_results_and_blames_the_loser(self):
         text = (
