@@ -59,6 +59,7 @@ constexpr Bitboard OuterRanks = rankMask(0) | rankMask(1) | rankMask(6) | rankMa
 // The moves that are known to be promising at this ply before any is looked at.
 struct KnownMoves {
   std::array<Move, 7> moves;
+  Bitboard destinations = 0;  // spares most moves the comparison with each of the seven
   static constexpr std::array<int, 7> Scores = {
       HashMoveScore,          KillerScore,      KillerScore - 1,     EarlierKillerScore,
       EarlierKillerScore - 1, LaterKillerScore, LaterKillerScore - 1};
@@ -76,10 +77,12 @@ struct KnownMoves {
              earlier[1],
              later[0],
              later[1]};
+    for (const Move move : moves) destinations |= bit(toOf(move));
   }
 
   // The first place that holds the move, 7 for none.
   int find(Move move) const {
+    if (!contains(destinations, toOf(move))) return 7;
     int place = 0;
     while (place < 7 && moves[static_cast<unsigned>(place)] != move) ++place;
     return place;
@@ -114,14 +117,19 @@ Ordered scoreMove(const Board& board, Move move) {
 }  // namespace
 
 void sortMoves(Move* moves, int* scores, int count, int places) {
+  // Score and place in one number, the earlier place the higher: one maximum, free of branches,
+  // finds the next move.
+  int keys[MaxMoves];
+  const auto keyOf = [](int score, int place) { return score * MaxMoves + MaxMoves - 1 - place; };
+  for (int i = 0; i < count; ++i) keys[i] = keyOf(scores[i], i);
   places = std::min(places, count);
   for (int place = 0; place < places; ++place) {
-    int best = place;
-    for (int i = place + 1; i < count; ++i) {
-      if (scores[i] > scores[best]) best = i;
-    }
+    int top = keys[place];
+    for (int i = place + 1; i < count; ++i) top = std::max(top, keys[i]);
+    const int best = MaxMoves - 1 - (top & (MaxMoves - 1));
     std::swap(moves[place], moves[best]);
     std::swap(scores[place], scores[best]);
+    keys[best] = keyOf(scores[best], best);
   }
 }
 

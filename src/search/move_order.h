@@ -11,7 +11,8 @@ namespace quill {
 inline constexpr int OrderValue[8] = {0, 1, 3, 3, 5, 10, 99, 0};
 
 // Puts the `places` highest scores in front by selection, on equal scores the earlier move first.
-// Moves behind them stay as the exchanges left them. Scores move with their moves.
+// Moves behind them stay as the exchanges left them. Scores move with their moves. Requires: at
+// most MaxMoves moves, scores within +-2^22.
 void sortMoves(Move* moves, int* scores, int count, int places);
 
 // Sorts the best eight moves of a side not in check to the front. Returns first + the number of
