@@ -80,7 +80,7 @@ CheckGenerator::CheckGenerator(const Board& board, Move* list, Bitboard squares)
       pinned_(board.blockers[us_]),
       masking_(board.blockers[us_ ^ 1]),
       empty_(~board.occupied),
-      targets_(squares & ~own_.bb[0] & ~enemy_.bb[King]),
+      targets_(squares & ~own_.bb[0]),
       first_(list),
       end_(list) {}
 
