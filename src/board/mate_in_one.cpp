@@ -252,11 +252,11 @@ int diagonalDestination(const Scene& scene, Square slider, Bitboard own, Bitboar
   const Bitboard crossing = own & kingDiagonal;
   if (crossing == 0) return -1;
   const Square to = lowestSquare(crossing);
-  if (to == scene.king) return -1;
   if (to == slider) return scene.onlyDefenderBefore(slider);
   if (contains(scene.attacker.bb[0], to)) return -1;
   if (!scene.isEmpty(between[slider][to] | between[to][scene.king])) return -1;
-  // A slider that looks at the king's neighbour squares already would give them up.
+  // A slider that looks at the king's neighbour squares already would give them up. That holds for
+  // one that attacks the king itself too, so the king is never the destination.
   const bool isQueen = contains(scene.attacker.bb[Queen], slider);
   const Bitboard lines = isQueen ? queenLines[slider] : bishopLines[slider];
   if ((lines & scene.zone & ~bit(to)) != 0) return -1;

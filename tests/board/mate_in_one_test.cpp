@@ -77,13 +77,29 @@ TEST(MateInOne, PinnedPiecesNeitherMoveNorMate) {
   EXPECT_EQ(mateAgainst(Black, "6k1/5ppp/8/8/8/3R2K1/8/8 w - -"), "d3d8");
 }
 
-TEST(MateInOne, KingsSideBySideAreNeverCaptured) {
-  for (const char* fen : {"8/8/8/3kK3/8/8/8/Q6q w - -", "8/8/3R4/3kK3/8/8/3r4/8 b - -"}) {
-    const Board board = boardOf(fen);
-    for (const Colour colour : {White, Black}) {
-      EXPECT_NE(capturedType(findMateInOne(board, colour)), King) << fen;
-    }
-  }
+TEST(MateInOne, ARookInContactMayShutTheLineOfItsDefenderOnTheEdgeOnly) {
+  EXPECT_EQ(mateAgainst(Black, "1R6/8/2B5/8/1N3K2/8/7k/1RR5 w - -"), "c1h1");
+  EXPECT_EQ(mateAgainst(Black, "8/8/8/6Q1/R7/5k2/2K5/4Q3 w - -"), "");
+  // On diagonals a bishop may not rely on a rook or queen, a queen may.
+  EXPECT_EQ(mateAgainst(Black, "8/6B1/Q7/B2B4/1R2N3/k4P2/8/K7 w - -"), "");
+  EXPECT_EQ(mateAgainst(Black, "1n1k4/8/4Q3/8/8/Q2K4/6NQ/4N3 w - -"), "a3e7");
+}
+
+TEST(MateInOne, PawnsAndKnightsInterposeByTheirOwnRules) {
+  // A pawn steps in beside its king, on a rank and on a diagonal.
+  EXPECT_EQ(mateAgainst(Black, "2r4Q/8/8/4P3/8/3K4/4p3/3k4 w - -"), "");
+  EXPECT_EQ(mateAgainst(Black, "8/1Q4b1/6K1/1P1r1B2/4Q3/6p1/7Q/5k2 w - -"), "");
+  // On a diagonal one knight is no parry, unless it stands beside its king or shields the other
+  // one.
+  EXPECT_EQ(mateAgainst(Black, "8/8/8/7K/8/6B1/p3n3/kb6 w - -"), "g3e5");
+  EXPECT_EQ(mateAgainst(Black, "8/8/8/7K/8/6B1/p3n3/kb1b4 w - -"), "");
+  EXPECT_EQ(mateAgainst(Black, "4Q3/4K3/8/8/1Q5B/8/n2p1P2/k7 w - -"), "");
+}
+
+TEST(MateInOne, AKingThatIsInCheckAlreadyIsNeverCaptured) {
+  // A careless FEN leaves the side not to move in check, along a file and along a diagonal.
+  EXPECT_EQ(mateAgainst(White, "8/7r/8/8/k6r/8/6P1/5RBK b - -"), "");
+  EXPECT_EQ(mateAgainst(White, "8/kq6/8/8/4b3/8/7P/6RK b - -"), "");
 }
 
 // What became of the moves that the detector reported.
