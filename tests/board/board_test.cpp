@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "board/fen.h"
 #include "board/make_move.h"
 #include "support/capture.h"
@@ -127,21 +129,25 @@ TEST(RebaseStacks, AGameMayBeOfAnyLength) {
                "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 5000 2501");
 }
 
-TEST(RebaseStacks, KeepsTheMovesSinceTheLastIrreversibleOne) {
-  Board board = startBoard();
-  playShuffle(board, 600);
-  makeMove(board, makeQuiet(E2, E4) | DoubleStepFlag);
-  makeMove(board, makeQuiet(E7, E5) | DoubleStepFlag);
-  for (int i = 0; board.plyOffset == 0; ++i) {
-    ASSERT_LT(i, 2000);
-    const Board before = board;
-    playShuffle(board, 1, 2);
-    if (board.plyOffset == 0) continue;
-    EXPECT_GE(board.ply, board.quietPlies());
-    EXPECT_GE(board.lastIrreversible, 0);
-    Board undone = board;
-    --undone.ply;
-    expectSameRecentHistory(undone, before, before.quietPlies() + 1);
+TEST(RebaseStacks, KeepsTheQuietStretchWhateverItsLength) {
+  Board full = startBoard();
+  for (unsigned i = 0; i < StackSize; ++i) {
+    full.moves[i] = i + 1;
+    full.keys[i] = i;
+  }
+  for (int ply : {800, 801, StackSize - 1}) {
+    for (int quiet = 0; quiet <= ply; ++quiet) {
+      full.ply = ply;
+      full.lastIrreversible = ply - quiet;
+      Board board = full;
+      rebaseStacks(board);
+      ASSERT_EQ(board.gamePly(), ply) << quiet;
+      ASSERT_EQ(board.quietPlies(), quiet) << ply;
+      ASSERT_EQ(board.plyOffset & 1, 0) << ply << ' ' << quiet;
+      ASSERT_GE(board.ply, std::clamp(quiet, 24, 512)) << ply << ' ' << quiet;
+      ASSERT_LE(board.ply + SearchHeadroom, StackSize) << ply << ' ' << quiet;
+      expectSameRecentHistory(board, full, board.ply);
+    }
   }
 }
 

@@ -127,6 +127,12 @@ TEST(Display, HistoryTellsRivalsAndSpecialMoves) {
       (Lines{"   1. exd6  O-O  ", "   2. bxa8=N %    ", "   3. Nbd2  Rxa8 ", "   4. O-O   ...  "}));
 }
 
+// Only with the pawn back on d7 is the other rook shut off, so that the first move needs no file.
+TEST(Display, EnPassantInTheHistoryIsTakenBackWhereItHappened) {
+  EXPECT_EQ(historyOf(play("4k3/r2p3r/8/4P3/8/8/8/4K3 b - -", {"Rab7", "Ke2", "d5", "exd6"})),
+            (Lines{"   1. Rb7   Ke2  ", "   2. d5    exd6 ", "   3. ...        "}));
+}
+
 TEST(Display, OnlyTheLatestTwentyFourEntriesAreShown) {
   Board board;
   ASSERT_TRUE(setFen(board, test::StartFen));
