@@ -33,7 +33,7 @@ constexpr const char* StrangeFens[] = {
     "k6R/8/8/8/8/8/8/K6r w - -",
     // Kings side by side, alone and with a checker.
     "8/8/8/3kK3/8/8/8/8 w - -",
-    "8/8/8/3kK3/8/8/8/4r3 w - -",
+    "8/8/8/3kK3/8/8/8/Q3r3 w - -",
     "8/8/3p4/3kK3/2P1P3/8/8/8 b - -",
     // En passant claimed: nothing there, the mover's pawn, a piece, a king, before a double check.
     "4k3/8/8/8/8/8/8/4K3 w - e4",
