@@ -56,7 +56,13 @@ StreamCapture::~StreamCapture() {
 
 std::string StreamCapture::text() {
   std::fflush(stream_);
-  return readAll(file_, 0);
+  return readAll(file_, taken_);
+}
+
+std::string StreamCapture::take() {
+  std::string result = text();
+  taken_ += result.size();
+  return result;
 }
 
 TempFile::TempFile(const std::string& bytes) : path_(testing::TempDir() + "quill_test_XXXXXX") {

@@ -40,9 +40,11 @@ class StreamCapture {
   StreamCapture& operator=(const StreamCapture&) = delete;
 
   std::string text();
+  std::string take();
 
  private:
   std::FILE* stream_;
+  std::size_t taken_ = 0;
   std::FILE* file_;
   int saved_;  // descriptor of the stream's real target
 };

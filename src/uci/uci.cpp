@@ -1,0 +1,237 @@
+#include "uci/uci.h"
+
+#include <cstdlib>
+
+#include "board/notation.h"
+#include "shell/log.h"
+#include "smp/thread_pool.h"
+#include "time/time_control.h"
+#include "uci/options.h"
+
+namespace quill {
+
+namespace {
+
+// Standard error goes to the file, behind what earlier games left there. Where the file can't be
+// opened it stays as it is.
+void redirectErrors(const char* path) {
+  std::FILE* probe = std::fopen(path, "a");
+  if (probe == nullptr) return;
+  std::fclose(probe);
+  if (std::freopen(path, "a", stderr) != nullptr) std::setvbuf(stderr, nullptr, _IONBF, 0);
+}
+
+constexpr bool isRunning(UciStatus status) { return status == Searching || status == Pondering; }
+
+}  // namespace
+
+Uci::Uci(ThreadPool& pool, EvalTables& evalTables, BookSelector& book, std::FILE* out,
+         const char* errorLog)
+    : pool_(pool),
+      board_(pool.board()),
+      evalTables_(evalTables),
+      book_(book),
+      out_(out),
+      errorLog_(errorLog) {}
+
+bool Uci::dispatch(const char* command, const char* rest) {
+  struct Handler {
+    const char* name;
+    void (Uci::*run)();
+  };
+  static constexpr Handler Handlers[] = {
+      {"uci", &Uci::uci},
+      {"position", &Uci::position},
+      {"go", &Uci::go},
+      {"isready", &Uci::isready},
+      {"setoption", &Uci::setoption},
+      {"ucinewgame", &Uci::ucinewgame},
+      {"ponderhit", &Uci::ponderhit},
+      {"stop", &Uci::stop},
+      {"quit", &Uci::quit},
+  };
+
+  if (*command == '\0') return uciMode_;
+  if (uciMode_) trace(command, rest);
+  arguments_.setArgs(rest);
+  for (const Handler& handler : Handlers) {
+    if (!equalsIgnoreCase(command, handler.name)) continue;
+    (this->*handler.run)();
+    std::fflush(out_);
+    flushLog();
+    return true;
+  }
+  if (uciMode_) std::fprintf(stderr, "unknown uci command: %s\n", command);
+  return false;
+}
+
+void Uci::uci() {
+  // A running search reports here already, and its thread reads the pointer.
+  if (pool_.listener != this) pool_.listener = this;
+  logOff();
+  if (errorLog_ != nullptr) redirectErrors(errorLog_);
+  std::string text = "\n";
+  text.append("id name ").append(EngineName).append("-").append(EngineVersion).append("\n");
+  text.append("id author ").append(EngineAuthor).append("\n");
+  text += optionLines(pool_.threadCount());
+  text += "uciok\n";
+  send(text);
+  uciMode_ = true;
+  trace("<--uciok");
+}
+
+void Uci::isready() {
+  send("readyok\n");
+  trace("<--readyok");
+}
+
+void Uci::ucinewgame() {
+  lastBookPly_ = 0;
+  lastGoPly_ = 0;
+}
+
+void Uci::quit() {
+  std::fflush(out_);
+  trace("exit()!\n");
+  // A search may still run: the process ends under it, without taking anything down.
+  std::fflush(stdout);
+  std::_Exit(0);
+}
+
+void Uci::stop() {
+  switch (setStatus(Finished)) {
+    case Finished:
+      sendBestMove({answer_.best, NoMove});
+      break;
+    case Position:
+      std::fprintf(stderr, "uci:: stop without preceeding go?\n");
+      answer_ = {};
+      sendBestMove(answer_);
+      break;
+    case Searching:
+    case Pondering:
+      trace("uci:stop() START\n");
+      pool_.stopAll();
+      trace("uci:stop() END\n");
+      break;
+  }
+}
+
+void Uci::ponderhit() {
+  switch (setStatus(Searching)) {
+    case Finished:
+      trace("uci:ponderhit(): already finished\n");
+      setStatus(Finished);
+      sendBestMove(answer_);
+      break;
+    case Position:
+      std::fprintf(stderr, "uci:: ponderhit without preceeding go(): send bestmove 0000\n");
+      setStatus(Position);
+      answer_ = {};
+      sendBestMove(answer_);
+      break;
+    case Searching:
+      std::fprintf(stderr, "uci::ponderhit status==SEARCHING, ponderhit ignored\n");
+      break;
+    case Pondering:
+      // A search that would have ended but for the pondering has nothing more to think about.
+      if (pool_.stopReason.load(std::memory_order_relaxed) != StopNone) {
+        pool_.stopAll();
+      } else {
+        pool_.timeControl.ponderhit();
+      }
+      break;
+  }
+}
+
+void Uci::searchFinished(int depth, int /*score*/, Move /*move*/) {
+  printPvBlock(depth);
+  answer_ = {pool_.rootMoves.bestMove(), pool_.rootMoves.ponderMove()};
+  const Answer answer = answer_;  // the member may change as soon as the status has
+  if (setStatus(Finished) != Pondering) {
+    sendBestMove(answer);
+  } else {
+    trace("Uci:finish() delay sending bestmove, status is still 'pondering'\n");
+  }
+}
+
+void Uci::reportCurrentMove(int depth, int moveIndex, Move move) {
+  if (!sendPv_.load(std::memory_order_relaxed)) return;
+  const std::uint32_t elapsed = pool_.timeControl.elapsed();
+  if (!throttle_.admitsCurrentMove(moveIndex, elapsed)) return;
+  send(currentMoveLine(depth, moveIndex, move, SearchSnapshot::of(pool_, elapsed)));
+}
+
+void Uci::reportPv(int depth, int score, Move move) {
+  if (!sendPv_.load(std::memory_order_relaxed)) return;
+  if (!throttle_.admitsPv(depth, score, move, pool_.timeControl.elapsed())) return;
+  printPvBlock(depth);
+  throttle_.pvShown(depth, score, move);
+}
+
+void Uci::printPvBlock(int filterDepth) {
+  const PvBlockOptions options = {lineCount(pool_.rootMoves, pool_.activeMultiPv), filterDepth,
+                                  sendPv_.load(std::memory_order_relaxed)};
+  send(pvBlock(pool_.rootMoves, options, SearchSnapshot::of(pool_, pool_.timeControl.elapsed())));
+}
+
+UciStatus Uci::setStatus(UciStatus status) {
+  const std::lock_guard guard(statusLock_);
+  const UciStatus old = status_;
+  status_ = status;
+  return old;
+}
+
+UciStatus Uci::status() {
+  const std::lock_guard guard(statusLock_);
+  return status_;
+}
+
+bool Uci::isSearching() { return isRunning(status()) && pool_.isSearching(); }
+
+UciStatus Uci::stopRunningSearch() {
+  UciStatus old;
+  {
+    const std::lock_guard guard(statusLock_);
+    old = status_;
+    if (isRunning(old)) status_ = Finished;
+  }
+  if (isRunning(old)) pool_.stopAll();
+  pool_.waitIdle();
+  return old;
+}
+
+void Uci::finish() {
+  if (isSearching() && pool_.timeControl.infinite()) {
+    stopRunningSearch();
+  } else {
+    pool_.waitIdle();
+  }
+}
+
+void Uci::prepareConsoleSearch() {
+  pool_.listener = uciMode_ ? this : nullptr;
+  pool_.quiet = uciMode_;
+  throttle_.reset();
+}
+
+void Uci::sendBestMove(Answer answer) {
+  char move[MoveTextSize];
+  uciMoveText(move, answer.best);
+  std::string text = "bestmove ";
+  text += move;
+  if (answer.ponder != NoMove) {
+    uciMoveText(move, answer.ponder);
+    text.append(" ponder ").append(move);
+  }
+  text += '\n';
+  send(text);
+  if (answer.best == NoMove) std::fprintf(stderr, "No move generated! bm=%x\n", answer.best);
+}
+
+void Uci::send(const std::string& text) {
+  std::fwrite(text.data(), 1, text.size(), out_);
+  std::fflush(out_);
+}
+
+}  // namespace quill

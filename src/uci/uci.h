@@ -1,0 +1,145 @@
+// The Universal Chess Interface: takes a GUI's commands, runs searches for it and reports on them.
+//
+// Every input line is offered to dispatch; "status" keeps the commands and the end of a search in
+// step. Each side exchanges it for a new value and acts on the old one, so that of the command that
+// asks for a move and the search that ends just one sends it. Odd sequences are tolerated: each
+// gets a line of its own on standard error and the best answer there is.
+//
+// Threads: the input thread calls everything but the listener operations, which arrive on the
+// search's master thread. Both write to the output stream; each line or block is one write. The
+// answer and the throttle belong to the master while a search runs, else to the input thread; the
+// status orders them.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <mutex>
+#include <string>
+
+#include "board/move.h"
+#include "search/listener.h"
+#include "shell/text.h"
+#include "uci/info.h"
+
+namespace quill {
+
+class BookSelector;
+struct Board;
+struct EvalTables;
+struct ThreadPool;
+
+inline constexpr char EngineName[] = "quill";
+inline constexpr char EngineVersion[] = "1.0";
+inline constexpr char EngineAuthor[] = "Orvelle";
+// Where standard error goes under a GUI, in the current directory.
+inline constexpr char ErrorLogName[] = "quill-1.0-error.log";
+
+enum UciStatus : int {
+  Finished = 0,   // no search runs; the last one's answer is known
+  Position = 1,   // a position was set; "go" is expected
+  Searching = 2,  // the search sends its answer when it ends
+  Pondering = 3,  // the answer waits for "ponderhit" or "stop"
+};
+
+class Uci final : public SearchListener {
+ public:
+  // Protocol lines go to out; "uci" redirects standard error into the named file (nullptr: leaves
+  // it). All that is referred to must outlive the object.
+  Uci(ThreadPool& pool, EvalTables& evalTables, BookSelector& book, std::FILE* out,
+      const char* errorLog = nullptr);
+
+  // Runs the command of a line. True when it was one of the protocol's.
+  bool dispatch(const char* command, const char* rest);
+
+  bool uciMode() const { return uciMode_; }
+  UciStatus status();
+  // A search that a command started has not ended yet.
+  bool isSearching();
+  // At the end of input: waits for a limited search to answer; ends an unlimited one. Blocks.
+  void finish();
+
+  // Makes the pool ready for a search from the console: it reports here in UCI mode only.
+  void prepareConsoleSearch();
+
+  void reportCurrentMove(int depth, int moveIndex, Move move) override;
+  void reportPv(int depth, int score, Move move) override;
+  void searchFinished(int depth, int score, Move move) override;
+
+ private:
+  friend struct OptionSetter;  // options.cpp
+
+  // The parameters of "go"; times in ms.
+  struct GoLimits {
+    int wtime = -1;
+    int btime = -1;
+    int winc = 0;
+    int binc = 0;
+    int depth = 0;
+    std::int64_t nodes = 0;
+    int movetime = -1;
+    int movestogo = -1;
+    bool infinite = false;
+    bool ponder = false;
+  };
+
+  // The move that a search, the book or a lack of both came to.
+  struct Answer {
+    Move best = NoMove;
+    Move ponder = NoMove;
+  };
+
+  void uci();
+  void position();
+  void go();
+  void isready();
+  void setoption();
+  void ucinewgame();
+  void ponderhit();
+  void stop();
+  [[noreturn]] void quit();
+
+  UciStatus setStatus(UciStatus status);
+  // Ends a search that runs, so that it sends its answer, and waits until all threads are idle.
+  // Returns the status that it found; one of no search is left alone.
+  UciStatus stopRunningSearch();
+  // The same for an option that can't change under a search.
+  void stopForOption();
+
+  bool setPosition();
+  void playMoves();
+  bool probeBook();
+  GoLimits readGoLimits();
+  void configureTime(const GoLimits& limits);
+
+  void printPvBlock(int filterDepth);
+  void sendBestMove(Answer answer);
+  void send(const std::string& text);
+
+  ThreadPool& pool_;
+  Board& board_;  // the position to search: the master's
+  EvalTables& evalTables_;
+  BookSelector& book_;
+  std::FILE* out_;
+  const char* errorLog_;
+  Tokenizer arguments_;  // of the command in progress
+
+  EngineString opponentName_;
+  EngineString opponentTitle_;
+  EngineString opponentType_;
+  int opponentElo_ = 0;
+  bool uciMode_ = false;
+  bool ownBook_ = true;
+  // Principal variations are sent. Relaxed: a search may see a change a line later.
+  std::atomic<bool> sendPv_{true};
+  std::uint32_t reserve_ = 3000;  // ms of the clock that are never planned with
+
+  UciStatus status_ = Finished;
+  std::mutex statusLock_;
+  int lastGoPly_ = 0;    // game ply of the last "go", to notice a new game
+  int lastBookPly_ = 0;  // game ply of the last book move, 0 = none
+  Answer answer_;        // the last one, to be sent again on request
+  InfoThrottle throttle_;
+};
+
+}  // namespace quill
