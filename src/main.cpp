@@ -1,0 +1,21 @@
+// The program: prepare the process, bring the engine up, hand over to the console loop.
+#include <cstdio>
+
+#include "platform/cpu.h"
+#include "shell/console.h"
+#include "shell/engine.h"
+#include "shell/startup.h"
+
+int main(int argc, char** argv) {
+  using namespace quill;
+  prepareStreams();
+  printBanner();
+  if (const int status = checkProcessor(platform::hasSse2(), platform::hasPopcnt()); status != 0) {
+    return status;
+  }
+
+  const auto engine = createEngine();
+  startEngine(*engine, argc > 1 ? argv[1] : nullptr);
+  std::printf("\ninitialized\n");
+  return runConsole(*engine, stdin);
+}

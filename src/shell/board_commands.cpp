@@ -1,0 +1,124 @@
+#include "shell/board_commands.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "board/display.h"
+#include "board/fen.h"
+#include "board/make_move.h"
+#include "board/movegen.h"
+#include "board/notation.h"
+#include "board/perft.h"
+#include "platform/clock.h"
+#include "platform/cpu.h"
+#include "shell/engine.h"
+#include "shell/text.h"
+
+namespace quill {
+
+namespace {
+
+constexpr char MoveCharacters[] = "NBRQKabcdefgh12345678x-=+oO";
+constexpr char PositionCharacters[] = "PNBRQKpnbrqk12345678/";
+
+bool holdsOnly(const char* text, const char* characters) {
+  return text[std::strspn(text, characters)] == '\0';
+}
+
+// The depth of a counting command; 0 when there is nothing to do. Depths below 1 count as 1.
+int readDepth(const Board& board, const char* command, const char* rest) {
+  Tokenizer words;
+  words.setArgs(rest);
+  const int depth = words.nextInt(1);
+  if (depth < StackSize - board.ply) return depth;
+  std::fprintf(stderr, "%s: depth %i is too deep\n", command, depth);
+  return 0;
+}
+
+}  // namespace
+
+void fenCommand(Engine& engine, const char* rest) {
+  Board& board = engine.pool.board();
+  rest += std::strspn(rest, " ");
+  if (*rest != '\0') setFen(board, rest);
+  printBoard(board);
+}
+
+void passCommand(Engine& engine, const char* /*rest*/) {
+  Board& board = engine.pool.board();
+  rebaseStacks(board);
+  makeNullMove(board);
+  updateAttackInfo(board);
+}
+
+void divideCommand(Engine& engine, const char* rest) {
+  Board& board = engine.pool.board();
+  const int depth = readDepth(board, "divide", rest);
+  if (depth == 0) return;
+
+  std::printf("----divide---\n");
+  Move list[MaxMoves];
+  const Move* end = generateLegal(board, list);
+  const UndoInfo undo = board;
+  double total = 0;
+  for (const Move* move = list; move != end; ++move) {
+    makeMove(board, *move);
+    const double count =
+        depth == 1 ? 1.0 : static_cast<double>(perft(board, std::max(depth, 0) - 1));
+    unmakeMove(board, *move, undo);
+    char text[MoveTextSize];
+    moveToText(board, text, *move);
+    std::printf("%-8s %10.0f\n", text, count);
+    total += count;
+  }
+  std::printf("-------------------\ntotal    %10.0f\n", total);
+}
+
+void perftCommand(Engine& engine, const char* rest) {
+  Board& board = engine.pool.board();
+  const int depth = readDepth(board, "perft", rest);
+  if (depth == 0) return;
+
+  char label[32];
+  std::snprintf(label, sizeof label, "perft %i", depth);
+  const std::uint32_t startMs = platform::tickCountMs();
+  const std::uint64_t startTicks = platform::readTimeStampCounter();
+  const auto count = static_cast<double>(perft(board, depth));
+  const auto ticks = static_cast<double>(platform::readTimeStampCounter() - startTicks);
+  const auto ms = static_cast<double>(platform::tickCountMs() - startMs);
+  // Nothing is guarded against 0: an infinite speed is what was measured.
+  std::printf("%-20s  %10.0f ops in %5.3f seconds  ops/ms=%7.0f,  ticks/op=%6.1f\n", label, count,
+              ms / 1000.0, count / ms, ticks / count);
+}
+
+bool isMoveLine(const char* word, const char* rest) {
+  const bool isLong = word[0] != '\0' && (word[1] != '\0' || *rest != '\0');
+  return isLong && holdsOnly(word, MoveCharacters) && holdsOnly(rest, MoveCharacters);
+}
+
+void playTypedMove(Board& board, const char* word) {
+  const Move move = parseMove(board, word);
+  if (move == NoMove) {
+    std::printf("not a move: '%s'\n", word);
+    return;
+  }
+  rebaseStacks(board);
+  makeMove(board, move);
+  updateAttackInfo(board);
+  printBoard(board);
+}
+
+bool isPositionLine(const char* word) {
+  const char* end = word + std::strlen(word);
+  return holdsOnly(word, PositionCharacters) && std::find(word, end, '/') != end &&
+         std::count(word, end, 'k') == 1 && std::count(word, end, 'K') == 1;
+}
+
+void setTypedPosition(Board& board, const char* word, const char* rest) {
+  setFen(board, (std::string(word) + ' ' + rest).c_str());
+  printBoard(board);
+}
+
+}  // namespace quill

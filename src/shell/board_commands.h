@@ -1,0 +1,29 @@
+// The console commands on the board: set and show a position, pass, count move trees, and moves and
+// positions typed as whole lines.
+//
+// A command gets the text behind its word, which may begin with blanks. Requires: no search runs.
+#pragma once
+
+namespace quill {
+
+struct Board;
+struct Engine;
+
+// "fen [text]": sets the position if there is a text, then shows the board.
+void fenCommand(Engine& engine, const char* rest);
+// "%": passes the turn.
+void passCommand(Engine& engine, const char* rest);
+// "divide [depth]": the size of the tree behind each move. "perft [depth]": of all, with the speed.
+void divideCommand(Engine& engine, const char* rest);
+void perftCommand(Engine& engine, const char* rest);
+
+// Whether a line is made of nothing but what moves are written with.
+bool isMoveLine(const char* word, const char* rest);
+// Plays the move that the word means and shows the board.
+void playTypedMove(Board& board, const char* word);
+
+// Whether a line's first word looks like the squares of a FEN text.
+bool isPositionLine(const char* word);
+void setTypedPosition(Board& board, const char* word, const char* rest);
+
+}  // namespace quill

@@ -1,0 +1,33 @@
+// All objects that live as long as the program, built in one place and passed to whoever uses them.
+#pragma once
+
+#include "book/book.h"
+#include "book/book_selector.h"
+#include "eval/weights.h"
+#include "search/tt.h"
+#include "shell/settings.h"
+#include "smp/thread_pool.h"
+#include "time/time_control.h"
+#include "uci/uci.h"
+
+namespace quill {
+
+// The members refer to those above them. Requires: the tables of board/ are built.
+struct Engine {
+  // The seed is that of the book's choices.
+  explicit Engine(std::uint32_t bookSeed)
+      : pool(tt, timeControl, evalTables),
+        bookSelector(book, bookSeed),
+        uci(pool, evalTables, bookSelector, stdout, ErrorLogName) {}
+
+  Settings settings;
+  EvalTables evalTables;
+  Tt tt;
+  TimeControl timeControl;
+  ThreadPool pool;
+  Book book;
+  BookSelector bookSelector;
+  Uci uci;
+};
+
+}  // namespace quill

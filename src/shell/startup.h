@@ -1,0 +1,26 @@
+// What happens between the start of the program and the first line of input.
+#pragma once
+
+#include <memory>
+
+namespace quill {
+
+struct Engine;
+
+// Makes everything that is written appear at once.
+void prepareStreams();
+
+void printBanner();
+
+// Whether a processor with these features can run the engine. Returns the exit status: 0, or -1 or
+// -2 after one line on standard error.
+int checkProcessor(bool hasSse2, bool hasPopcnt);
+
+// Builds the read-only tables and the engine's objects. To be called once.
+std::unique_ptr<Engine> createEngine();
+
+// Reads the settings file (nullptr: the default one), sets the start position, opens the book,
+// sizes the table and starts the threads, with a line on standard output for each.
+void startEngine(Engine& engine, const char* settingsFile);
+
+}  // namespace quill
