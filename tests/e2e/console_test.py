@@ -1,0 +1,152 @@
+"""A person at the console: start-up, the board, counting, searching."""
+
+import os
+import re
+import unittest
+
+from engine import START_FEN, SessionTest
+
+BANNER = "quill-1.0\n\n"
+
+
+class StartUp(SessionTest):
+    def start_text(self, *args):
+        result = self.run_session("", *args)
+        self.assertEqual(result.status, 0)
+        return result.out
+
+    def test_says_what_it_brought_up(self):
+        threads = min(os.cpu_count(), 16)
+        self.assertEqual(
+            self.start_text(),
+            BANNER + "\nWarning: book not found: quill.bbk\n"
+            "allocating hash...allocated 32Mb\n"
+            f"starting threads...started {threads} threads\n"
+            "\ninitialized\n% ")
+
+    def test_default_settings_file_is_read(self):
+        self.write("quill.ini", "book.file= \n")
+        text = self.start_text()
+        self.assertIn(BANNER + "inifile=quill.ini\n\nallocating hash...", text)
+
+    def test_named_settings_file_stands_alone(self):
+        self.write("quill.ini", "book.file=\n")
+        self.write("my.ini", "  book.file  =  other.bbk  \r\n")
+        self.assertIn("inifile=my.ini\n\nWarning: book not found: other.bbk\n",
+                      self.start_text("my.ini"))
+        text = self.start_text("missing.ini")
+        self.assertNotIn("inifile", text)
+        self.assertIn("Warning: book not found: quill.bbk\n", text)
+
+    def test_settings_are_listed_once_the_book_is_open(self):
+        # A header for 16-byte records with game counts, and nothing behind it.
+        header = bytearray(16)
+        header[12:16] = bytes([16, 1, 16, 2])
+        self.write("good.bbk", bytes(header))
+        self.write("quill.ini", "b=1\na=2\nbook.file=good.bbk\nb=3\n")
+        self.assertIn("\nbook=good.bbk, 1 moves\nb=3\na=2\nbook.file=good.bbk\nallocating",
+                      self.start_text())
+
+    def test_any_bytes_serve_as_settings(self):
+        for data in (b"\0" * 100, b"x" * (1 << 20), b"a\0b=c\n" * 1000, os.urandom(1 << 16)):
+            self.write("quill.ini", data)
+            self.assertIn("\ninitialized\n% ", self.start_text())
+        os.mkdir(os.path.join(self.folder, "folder.ini"))
+        self.assertNotIn("inifile", self.start_text("folder.ini"))
+
+
+class Console(SessionTest):
+    def say(self, text):
+        """The output behind the start-up, with all prompts kept."""
+        result = self.run_session(text)
+        self.assertEqual(result.status, 0)
+        self.err = result.err
+        return result.out.split("\ninitialized\n", 1)[1]
+
+    def test_unknown_words_are_named(self):
+        self.assertRegex(self.say("xyz 1 2\n  quit  \nxyz\n"),
+                         r"^% unknown command: 'xyz'\n% \d{10}:exit\(\)!\n\n$")
+        self.assertEqual(self.say("a\tb\r\n"), "% unknown command: 'a\tb\r'\n% ")
+
+    def test_long_lines_are_read_in_pieces(self):
+        text = self.say("y" * 16382 + "z" * 3)
+        self.assertEqual(text.count("unknown command"), 2)
+        self.assertIn("'zz'", text)
+
+    def test_typed_moves_are_played(self):
+        text = self.say("e2e4\n")
+        self.assertIn("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - 0 1", text)
+        self.assertIn("1. e4", text)
+        text = self.say("e2e4 e7e5\n")  # the second word is not looked at
+        self.assertIn("4P3/8/PPPP1PPP/RNBQKBNR b", text)
+        self.assertEqual(self.say("e2e4 e7e5 g1f3\n"), "% unknown command: 'e2e4'\n% ")
+        self.assertEqual(self.say("e2e5\n"), "% not a move: 'e2e5'\n% ")
+        self.assertEqual(self.say("K\n"), "% unknown command: 'K'\n% ")
+
+    def test_passing_turns_the_board_over_silently(self):
+        text = self.say("e2e4\n%\nd2d4\n")
+        self.assertRegex(text, r"3P4|3PP3")
+        self.assertIn(" b KQkq - 0 2", text)
+
+    def test_positions_are_set(self):
+        fen = "4k3/8/8/8/8/8/4P3/4K3 b - -"
+        for line in (fen, "fen " + fen, "fen   " + fen):
+            self.assertIn("4k3/8/8/8/8/8/4P3/4K3 b - - 0 1", self.say(line + "\n"), line)
+        self.assertIn("4k3/8/8/8/8/8/4P3/4K3 w - - 0 1", self.say("4k3/////8/4P3/4K3\n"))
+        text = self.say("fen nonsense\n")
+        self.assertIn(START_FEN, text)  # kept, and shown
+        self.assertNotEqual(self.err, "")
+
+    def test_empty_lines_show_the_board(self):
+        self.assertEqual(self.say("\n   \n").count(START_FEN), 2)
+
+    def test_counts_move_trees(self):
+        label = r"% perft 4 {19}197281 ops in \d+\.\d{3} seconds  ops/ms= *\S+,  ticks/op= *\S+\n"
+        self.assertRegex(self.say("perft 4\n"), label)
+        self.assertIn("        20 ops", self.say("perft\n"))
+        self.assertIn("perft -1                      20 ops", self.say("perft -1\n"))
+        self.assertEqual(self.say("perft 0\nperft x\ndivide x\n"), "% % % % ")
+        self.assertEqual(self.say("perft 1024\ndivide 99999999999\n"), "% % % ")
+        self.assertEqual(self.err, "perft: depth 1024 is too deep\n"
+                                   "divide: depth 2147483647 is too deep\n")
+
+    def test_divides_a_move_tree(self):
+        text = self.say("divide 3\n")
+        lines = text.removeprefix("% ").split("\n")
+        self.assertEqual(lines[0], "----divide---")
+        self.assertEqual(len(lines[1:21]), 20)
+        self.assertIn("e2e4            600", lines)
+        self.assertIn("Ng1f3           440", lines)
+        self.assertEqual(lines[21:], ["-------------------", "total          8902", "% "])
+        self.assertRegex(self.say("divide\n"), r"\ntotal            20\n")
+
+    def test_searches_for_the_time_set(self):
+        text = self.say("mt\nmt 1\ng\ng tt\nmt x\n")
+        self.assertIn("% maxtime=5.00s\n% maxtime=1.00s\n% ", text)
+        self.assertTrue(text.endswith("% maxtime=0.00s\n% "), text[-60:])
+        self.assertEqual(len(re.findall(r"^nodes  : ", text, re.MULTILINE)), 2)
+        self.assertNotIn("bestmove", text)
+        self.assertIn("position not in book\n", self.say("book\n"))
+
+    def test_forgets_the_limits_of_an_earlier_go(self):
+        text = self.say("position startpos\ngo depth 1\nmt 1\nposition startpos\ng\n")
+        self.assertIn("/2", text.split("maxtime=1.00s")[1])
+        self.assertRegex(text.split("maxtime=1.00s")[1], r"\n +\[[3-9]/")
+
+    def test_leaves_a_running_search_alone(self):
+        engine = self.start()
+        engine.send("position startpos", "go infinite")
+        engine.expect(r"\[2/")
+        engine.send("e2e4", "fen", "%", "divide", "perft", "g", "mt 5", "book", "", START_FEN)
+        engine.send("isready")
+        engine.expect("readyok")
+        engine.send("quit")
+        self.assertEqual(engine.wait(), 0)
+        self.assertEqual(engine.process.stderr.read(), "".join(
+            f"{word}: a search is running\n"
+            for word in ("e2e4", "fen", "%", "divide", "perft", "g", "mt", "book", "board",
+                         START_FEN)))
+
+
+if __name__ == "__main__":
+    unittest.main()

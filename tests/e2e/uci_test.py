@@ -1,0 +1,188 @@
+"""A GUI at the other end: whole games and odd sequences of commands."""
+
+import re
+import unittest
+
+from engine import START_FEN, SessionTest
+
+MOVE = r"[a-h][1-8][a-h][1-8][QRBN]?"
+INFO = re.compile(
+    r"^info depth \d+ (currmovenumber \d+ currmove " + MOVE + r"|seldepth \d+ "
+    r"score (cp -?\d+|mate -?\d+)( upperbound| lowerbound)?)"
+    r" time \d+ nodes \d+( nps \d+)? hashfull \d+( multipv \d+)?( pv( " + MOVE + r")+)?$")
+
+
+class Protocol(SessionTest):
+    def test_every_line_of_a_search_is_well_formed(self):
+        result = self.run_session("uci\nsetoption name MultiPV value 2\nposition startpos moves "
+                                  "e2e4\ngo movetime 700\n")
+        self.assertEqual(result.status, 0)
+        self.assertEqual(result.log, "")
+        lines = result.out.split("uciok\n")[1].splitlines()
+        self.assertRegex(lines[-1], f"^bestmove {MOVE} ponder {MOVE}$")
+        self.assertGreater(len(lines), 10)
+        for line in lines[:-1]:
+            self.assertRegex(line, INFO)
+
+    def test_nothing_but_the_protocol_is_written(self):
+        result = self.run_session("uci\nsetoption name Ponder value true\nsetoption name MultiPV "
+                                  "value 1\nposition startpos\nposition startpos\n\n  \nquit\n")
+        self.assertTrue(result.out.endswith("uciok\n"))
+
+    def test_warnings_go_to_the_error_log_for_ever(self):
+        for count in (1, 2):
+            result = self.run_session("uci\nuci\nxyz\nquit\n")
+            self.assertEqual(result.out.count("uciok"), 2)
+            self.assertTrue(result.out.endswith("unknown command: 'xyz'\n"))
+            self.assertEqual(result.log, "unknown uci command: xyz\n" * count)
+            self.assertEqual(result.err, "")
+        result = self.run_session("setoption name X value 1\nquit\n")
+        self.assertEqual(result.err, "Option not supported: X\n")
+
+    def test_console_commands_still_work(self):
+        result = self.run_session("uci\nposition startpos moves e2e4\nfen\nperft 1\nquit\n")
+        self.assertIn("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b", result.out)
+        self.assertIn("perft 1                       20 ops", result.out)
+        self.assertNotIn("%", result.out.split("uciok")[1].replace("=", ""))
+
+    def test_a_game_longer_than_the_stacks(self):
+        moves = "g1f3 g8f6 f3g1 f6g8 " * 2000
+        result = self.run_session(f"uci\nposition startpos moves {moves}\ngo depth 3\n")
+        self.assertEqual(result.log, "")
+        self.assertEqual(len(result.answers()), 1)
+
+    def test_plays_a_game_against_itself(self):
+        engine = self.start()
+        engine.start_uci()
+        moves = []
+        for _ in range(60):
+            engine.send("position startpos" + (" moves " + " ".join(moves) if moves else ""),
+                        "go wtime 3200 btime 3200 winc 10 binc 10")
+            move = engine.expect("^bestmove").split()[1]
+            if move == "0000":
+                break
+            moves.append(move)
+        engine.send("quit")
+        self.assertEqual(engine.wait(), 0)
+        self.assertNotIn("invalid move", self.read_log())
+
+
+class Sequences(SessionTest):
+    def test_stop_right_behind_go_is_never_lost(self):
+        text = "uci\n" + "position startpos\ngo infinite\nstop\n" * 100
+        result = self.run_session(text)
+        self.assertEqual(len(result.answers()), 100)
+        self.assertNotIn("0000", "".join(result.answers()))
+
+    def test_every_go_is_answered_once(self):
+        text = "uci\nposition startpos\n" + "go infinite\ngo movetime 50\ngo ponder\n" * 20
+        result = self.run_session(text)
+        self.assertEqual(result.status, 0)
+        self.assertEqual(len(result.answers()), 60)
+
+    def test_go_at_once_behind_bestmove(self):
+        engine = self.start()
+        engine.start_uci()
+        engine.send("position startpos")
+        for _ in range(200):
+            engine.send("go depth 1")
+            engine.expect("^bestmove")
+        engine.send("quit")
+        self.assertEqual(engine.wait(), 0)
+
+    def test_pondering(self):
+        engine = self.start()
+        engine.start_uci()
+        engine.send("position startpos moves e2e4", "go ponder wtime 60000 btime 60000 movetime 50")
+        self.assertTrue(engine.nothing_matches("^bestmove", 0.5))
+        engine.send("ponderhit")
+        engine.expect("^bestmove")
+
+        engine.send("position startpos moves e2e4", "go ponder nodes 1000", "isready")
+        self.assertTrue(engine.nothing_matches("^bestmove", 0.5))
+        engine.send("ponderhit")
+        first = engine.expect("^bestmove")
+        self.assertIn(" ponder ", first)
+        engine.send("stop")
+        self.assertEqual(engine.expect("^bestmove"), first.split(" ponder")[0])
+
+        engine.send("position startpos", "go ponder", "stop")
+        engine.expect("^bestmove")
+        engine.send("isready")
+        self.assertEqual(engine.expect("^(bestmove|readyok)"), "readyok")
+
+    def test_isready_is_answered_during_a_search(self):
+        engine = self.start()
+        engine.start_uci()
+        engine.send("position startpos", "go infinite", "isready")
+        engine.expect("^readyok$", 5)
+        engine.send("stop")
+        engine.expect("^bestmove")
+
+    def test_options_in_mid_search(self):
+        engine = self.start()
+        engine.start_uci()
+        for option in ("Hash value 16", "Threads value 3", "Clear Hash", "eval.kingattack 90"):
+            engine.send("position startpos", "go infinite", f"setoption name {option}")
+            engine.expect("^bestmove")
+        engine.send("go depth 3")
+        engine.expect("^bestmove")
+
+
+class Endings(SessionTest):
+    def test_quit_during_a_search(self):
+        for go in ("go infinite", "go ponder", "go movetime 100000"):
+            result = self.run_session(f"uci\nsetoption name Threads value 4\nposition startpos\n"
+                                      f"{go}\nquit\nisready\n")
+            self.assertEqual(result.status, 0, go)
+            self.assertNotIn("readyok", result.out)
+
+    def test_end_of_input_during_a_search(self):
+        for go in ("go movetime 300", "go infinite", "go ponder wtime 9000", "go depth 6"):
+            result = self.run_session(f"uci\nposition startpos\n{go}")
+            self.assertEqual(result.status, 0, go)
+            self.assertEqual(len(result.answers()), 1, go)
+
+    def test_a_go_without_uci_is_answered_too(self):
+        result = self.run_session("position startpos moves e2e4\ngo depth 4\n")
+        self.assertEqual(len(result.answers()), 1)
+        self.assertEqual(result.status, 0)
+
+
+class BadInput(SessionTest):
+    def test_odd_bytes_and_lengths_leave_the_engine_alive(self):
+        lines = [b"\0", b"uci\0x", b"\xff\xfe\x80", b"position startpos moves \0",
+                 b"position fen " + b"a " * 300000, b"position fen " + b"8" * 1000000,
+                 b"setoption name " + b"x" * 1000000, b"setoption name Hash value -1",
+                 b"setoption name Threads value 99999999999", b"setoption name MultiPV value -7",
+                 b"position startpos moves " + b"e2e4 " * 200000, b"go" * 500000,
+                 b"setoption name UCI_Opponent value " + b"%s%n" * 1000, b"%n%n%s %s%n",
+                 b"fen %s%n", b"perft 99999", b"\t\t", b"position", b"position fen", b"setoption"]
+        result = self.run_session(b"uci\n" + b"\n".join(lines) + b"\nisready\nposition startpos\n"
+                                  b"setoption name Hash value 4\ngo depth 2\n")
+        self.assertEqual(result.status, 0)
+        self.assertIn("\nreadyok\n", result.out)
+        self.assertEqual(len(result.answers()), 1)
+
+    def test_a_bad_fen_keeps_the_position(self):
+        fens = ["8/8/8/8/8/8/8/8 w - -", "kk6/8/8/8/8/8/8/K7 w - -", "K7/8/8 w - -",
+                START_FEN + " x KQkq -", START_FEN + " w KQkq z9", "9/8/8/8/8/8/8/kK6 w - -",
+                "ppppppppp/8/8/8/8/8/8/kK6 w - -", "k6P/8/8/8/8/8/8/K7 w - -", "", "/" * 100]
+        for fen in fens:
+            text = f"uci\nposition startpos moves e2e4\nposition fen {fen} moves a7a6\nfen\n"
+            result = self.run_session(text)
+            self.assertIn("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b", result.out, fen)
+
+    def test_positions_that_no_game_reaches_are_searched(self):
+        fens = ["kK6/8/8/8/8/8/8/8 w - -", "4k3/4R3/8/8/8/8/8/4K3 w - -",
+                "qqqqkqqq/q7/8/8/8/8/8/4K3 b - -", "4k3/8/8/8/8/8/8/R3K2R w KQkq -",
+                "4k3/8/8/3pP3/8/8/8/4K3 w - d6", "4k3/8/8/8/8/8/8/4K3 w KQkq e4",
+                "7k/5KQ1/8/8/8/8/8/8 b - -", "7k/5K2/6Q1/8/8/8/8/8 b - -"]
+        for fen in fens:
+            result = self.run_session(f"uci\nposition fen {fen}\ngo depth 6\n")
+            self.assertEqual(result.status, 0, fen)
+            self.assertEqual(len(result.answers()), 1, fen)
+
+
+if __name__ == "__main__":
+    unittest.main()
