@@ -70,10 +70,8 @@ EngineString::EngineString(EngineString&& other) noexcept
     : block_(std::exchange(other.block_, nullptr)) {}
 
 EngineString& EngineString::operator=(const EngineString& other) {
-  Block* const shared = other.block_;  // other may be this very handle
-  if (shared != nullptr) ++shared->refs;
-  release();
-  block_ = shared;
+  EngineString shared(other);
+  std::swap(block_, shared.block_);
   return *this;
 }
 

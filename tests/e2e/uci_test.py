@@ -111,23 +111,6 @@ class Sequences(SessionTest):
         engine.send("isready")
         self.assertEqual(engine.expect("^(bestmove|readyok)"), "readyok")
 
-    def test_isready_is_answered_during_a_search(self):
-        engine = self.start()
-        engine.start_uci()
-        engine.send("position startpos", "go infinite", "isready")
-        engine.expect("^readyok$", 5)
-        engine.send("stop")
-        engine.expect("^bestmove")
-
-    def test_options_in_mid_search(self):
-        engine = self.start()
-        engine.start_uci()
-        for option in ("Hash value 16", "Threads value 3", "Clear Hash", "eval.kingattack 90"):
-            engine.send("position startpos", "go infinite", f"setoption name {option}")
-            engine.expect("^bestmove")
-        engine.send("go depth 3")
-        engine.expect("^bestmove")
-
 
 class Endings(SessionTest):
     def test_quit_during_a_search(self):
