@@ -272,7 +272,7 @@ TEST_F(BookFile, DamagedBooksAreReadWithoutHarm) {
   std::mt19937 engine(Seed);
   const auto below = [&engine](std::size_t n) { return static_cast<unsigned>(engine() % n); };
   const std::uint64_t key = lookupKeyOf(StartFen);
-  for (int round = 0; round < 3000; ++round) {
+  for (int round = 0; round < 1000; ++round) {
     const unsigned flags = 2 * below(4);
     std::vector<TestRecord> records;
     for (unsigned i = below(60); i > 0; --i) {

@@ -1,0 +1,242 @@
+#include "quill_book/book_builder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <sstream>
+
+#include "book_file.h"
+#include "quill_book/book_check.h"
+
+namespace quill {
+namespace {
+
+using test::bookBytes;
+using test::headerBytes;
+using test::lookupKeyOf;
+using test::recordBytes;
+using test::StartFen;
+using test::TestFolder;
+
+constexpr char AfterE4[] = "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - 0 1";
+
+// What the check says about the file, on one line for each fault.
+std::string complaintsOf(const std::string& path) {
+  std::FILE* out = std::tmpfile();
+  checkBook(path, out);
+  std::string text(static_cast<std::size_t>(std::ftell(out)), '\0');
+  std::rewind(out);
+  EXPECT_EQ(std::fread(text.data(), 1, text.size(), out), text.size());
+  std::fclose(out);
+  for (std::size_t at = text.find(path); at != std::string::npos; at = text.find(path)) {
+    text.replace(at, path.size(), "FILE");
+  }
+  return text;
+}
+
+class BookMaking : public testing::Test {
+ protected:
+  void make(const std::string& pgn, const BookOptions& options = {}) {
+    std::istringstream in(pgn);
+    PgnReader reader(in, options.maxPly);
+    BookBuilder builder(options);
+    errors.clear();
+    for (PgnGame game; reader.next(game);) {
+      if (const auto error = builder.add(game)) {
+        errors.push_back(std::to_string(error->line) + ": " + error->reason);
+      }
+    }
+    games = builder.gamesCounted();
+    withoutResult = builder.gamesWithoutResult();
+    ASSERT_TRUE(builder.write(path));
+    ASSERT_TRUE(book.open(path.c_str()));
+    EXPECT_EQ(complaintsOf(path), "");
+  }
+
+  // The moves of a position as "move wins/draws/losses".
+  std::string held(const char* fen) {
+    book.loadCandidates(fen);
+    std::string text;
+    for (const BookEntry& e : book.candidates()) {
+      text += Book::moveText(e).data();
+      for (const auto n : {e.wins, e.draws, e.losses}) {
+        text += '/';
+        text += std::to_string(n);
+      }
+      text += ' ';
+    }
+    return text;
+  }
+
+  TestFolder folder;
+  std::string path = folder.file("made.bbk");
+  Book book;
+  std::vector<std::string> errors;
+  std::uint64_t games = 0;
+  std::uint64_t withoutResult = 0;
+};
+
+TEST_F(BookMaking, ResultsAreCountedFromTheMoversView) {
+  make("1. e4 e5 1-0  1. e4 e5 1-0  1. e4 c5 0-1  1. e4 1/2-1/2  1. d4 0-1 1. c4 *");
+  EXPECT_EQ(held(StartFen), "e2e4/2/1/1 d2d4/0/0/1 ");
+  EXPECT_EQ(held(AfterE4), "e7e5/0/0/2 c7c5/1/0/0 ");
+  EXPECT_EQ(games, 5u);
+  EXPECT_EQ(withoutResult, 1u);
+}
+
+TEST_F(BookMaking, SpecialMovesAreStoredByTheSquaresOfTheMovingPiece) {
+  make("1. e4 Nf6 2. e5 d5 3. exd6 Nc6 4. Nf3 Nb8 5. Be2 Nc6 6. O-O 1-0");
+  EXPECT_EQ(held("rnbqkb1r/ppp1pppp/5n2/3pP3/8/8/PPPP1PPP/RNBQKBNR w KQkq d6 0 3"), "e5d6/1/0/0 ");
+  EXPECT_EQ(held("rnbqkb1r/ppp1pppp/5n2/3pP3/8/8/PPPP1PPP/RNBQKBNR w KQkq - 0 3"), "");
+  EXPECT_EQ(held("r1bqkb1r/ppp1pppp/2nP1n2/8/8/5N2/PPPPBPPP/RNBQK2R w KQkq -"), "e1g1/1/0/0 ");
+  constexpr char Promotion[] = "8/P6k/8/8/8/8/7K/8 w - - 0 1";
+  make(
+      "[FEN \"8/P6k/8/8/8/8/7K/8 w - - 0 1\"]\n\n1. a8=N Kg7 1-0\n"
+      "[FEN \"8/P6k/8/8/8/8/7K/8 w - - 0 1\"]\n\n1. a8=Q Kg7 1/2-1/2\n");
+  EXPECT_EQ(held(Promotion), "a7a8/0/1/0 ") << "no letter means a queen";
+  EXPECT_EQ(held("N7/7k/8/8/8/8/7K/8 b - -"), "h7g7/0/0/1 ");
+}
+
+TEST_F(BookMaking, OptionsBoundWhatIsHeld) {
+  const std::string pgn = "1. e4 e5 2. d4 1-0 1. e4 c5 1-0 1. d4 1-0";
+  BookOptions options;
+  options.minGames = 2;
+  make(pgn, options);
+  EXPECT_EQ(held(StartFen) + held(AfterE4), "e2e4/2/0/0 ");
+  options = {};
+  options.maxPly = 1;
+  make(pgn, options);
+  EXPECT_EQ(held(StartFen) + held(AfterE4), "e2e4/2/0/0 d2d4/1/0/0 ");
+}
+
+TEST_F(BookMaking, RatingIsTheAverageOfThoseWhoChoseTheMove) {
+  BookOptions options;
+  options.withElo = true;
+  make(
+      "[WhiteElo \"2400\"]\n[BlackElo \"2900\"]\n\n1. e4 e5 1-0\n"
+      "[WhiteElo \"2540\"]\n\n1. e4 e5 1-0\n[WhiteElo \"?\"]\n\n1. e4 1-0\n",
+      options);
+  ASSERT_EQ(book.loadCandidates(StartFen), 1);
+  EXPECT_FLOAT_EQ(book.candidates()[0].strength, 2.0f);  // 2470
+  ASSERT_EQ(book.loadCandidates(AfterE4), 1);
+  EXPECT_NEAR(book.candidates()[0].strength, std::exp2(500 / 70.0), 1e-3);
+  make("1. e4 1-0", options);
+  ASSERT_EQ(book.loadCandidates(StartFen), 1);
+  EXPECT_LT(book.candidates()[0].strength, 1e-9f) << "an unknown rating is written as 0";
+}
+
+TEST_F(BookMaking, LargeCountsAreScaledDownTogether) {
+  std::string pgn;
+  for (int i = 0; i < 131070; ++i) pgn += "e4 1-0\n";
+  for (int i = 0; i < 1000; ++i) pgn += "e4 0-1\n";
+  for (int i = 0; i < 200; ++i) pgn += "d4 1/2-1/2\n";
+  make(pgn);
+  EXPECT_EQ(held(StartFen), "e2e4/65535/0/500 d2d4/0/100/0 ");
+}
+
+TEST_F(BookMaking, MostPlayedMovesOfAPositionComeFirst) {
+  make("a3 1-0 h3 1-0 h3 1-0 c4 1-0 c4 1-0 c4 0-1");
+  EXPECT_EQ(held(StartFen), "c2c4/2/0/1 h2h3/2/0/0 a2a3/1/0/0 ");
+}
+
+TEST_F(BookMaking, BrokenGamesCostOneLineEachAndNothingElse) {
+  testing::internal::CaptureStderr();
+  make(
+      "[Event \"a\"]\n\n1. e4 e5\n2. Ke3 1-0\n\n"
+      "[Event \"b\"]\n[FEN \"8/8/8 w - -\"]\n\n1. e4 1-0\n\n"
+      "[Event \"c\"]\n[Variant \"Chess960\"]\n\n1. d4 1-0\n"
+      "[Event \"d\"]\n\n1. d4 d5 2. Nf3 Nf6 3. Nd2 1-0\n\n"
+      "[Event \"e\"]\n\n1. d4 \xC3\xA4?x 1-0\n\n"
+      "[Event \"f\"]\n[FEN \"8/4p3/8/3P4/8/8/k7/4K3 b KQ - 0 1\"]\n\n1... e5 2. dxe6 1-0\n"
+      "[Event \"g\"]\n\n1. c4 {ok} 1-0\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_THAT(errors,
+              testing::ElementsAre("4: not a legal move: Ke3", "6: not a position: 8/8/8 w - -",
+                                   "11: another variant of chess: Chess960",
+                                   "17: not a legal move: Nd2", "21: not a legal move: ???x"));
+  EXPECT_EQ(held(StartFen), "c2c4/1/0/0 ");
+  EXPECT_EQ(held("8/8/8/3Pp3/8/8/k7/4K3 w - e6 0 1"), "d5e6/1/0/0 ");
+}
+
+TEST_F(BookMaking, FailedWriteLeavesTheOldBook) {
+  make("1. e4 1-0");
+  EXPECT_FALSE(BookBuilder({}).write(folder.file("no/such/folder")));
+  std::filesystem::create_directory(folder.file("dir.bbk"));
+  EXPECT_FALSE(BookBuilder({}).write(folder.file("dir.bbk")));
+  EXPECT_EQ(held(StartFen), "e2e4/1/0/0 ");
+  EXPECT_FALSE(std::filesystem::exists(folder.file("dir.bbk.part")));
+}
+
+// Whatever the bytes, making a book ends, and the book that it makes is sound.
+TEST_F(BookMaking, DamagedGamesMakeSoundBooks) {
+  constexpr unsigned Seed = 20240608;
+  const std::string sound =
+      "[Event \"x\"]\n[Result \"1-0\"]\n[WhiteElo \"2500\"]\n\n1. e4 {c} e5 (1... c5 $1) 2. Nf3 "
+      "Nc6 "
+      "3. Bb5 a6 4. O-O\nNf6 5. Bxc6 dxc6 6. d4 exd4 7. e5 Nd7 1-0\n\n"
+      "[Event \"y\"]\n[FEN \"4k3/P7/8/8/8/8/8/4K3 w - - 0 1\"]\n\n1. a8=Q+ Kd7 ; x\n1/2-1/2\n\n";
+  constexpr char Special[] = "{}()[];%\"\\*$.-=+#\n\r 0123456789abcdefghNBRQKOx";
+  std::mt19937 engine(Seed);
+  const auto below = [&engine](std::size_t n) { return engine() % n; };
+  for (int round = 0; round < 400; ++round) {
+    SCOPED_TRACE("seed " + std::to_string(Seed) + ", round " + std::to_string(round));
+    std::string pgn = sound + sound + sound;
+    for (std::size_t i = below(30); i > 0; --i) {
+      const std::size_t at = below(pgn.size());
+      if (below(3) == 0) {
+        pgn.insert(at, pgn.substr(below(pgn.size()), below(40)));
+      } else {
+        pgn[at] = below(2) == 0 ? static_cast<char>(below(256)) : Special[below(sizeof Special)];
+      }
+    }
+    pgn.resize(below(pgn.size() + 1));
+    make(pgn);
+    if (HasFatalFailure() || HasNonfatalFailure()) break;
+  }
+}
+
+TEST(BookCheck, FaultsAreNamed) {
+  const TestFolder folder;
+  const auto complaints = [&folder](const std::string& bytes) {
+    return complaintsOf(folder.write("book", bytes));
+  };
+  const std::string sorted = recordBytes({{5, "e2e4"}, {6, "e2e4"}, {7, "e2e4"}}, 2);
+  EXPECT_EQ(complaints(headerBytes(2, 16) + sorted), "");
+  EXPECT_EQ(complaints(headerBytes(2, 16) + sorted.substr(16) + sorted.substr(0, 16)),
+            "FILE: record 2: not in the order of the keys\n");
+  EXPECT_EQ(complaints(headerBytes(2, 16) + sorted + "abc"),
+            "FILE: 3 bytes behind the last record\n");
+  EXPECT_EQ(complaints(headerBytes(2, 16) + std::string(32, '\0')),
+            "FILE: record 0: the key 0 is no position's\n");
+  EXPECT_EQ(complaints(headerBytes(2, 14) + sorted),
+            "FILE: not a book: no regular file, or a header that contradicts itself\n");
+  EXPECT_EQ(complaints(bookBytes({{5, "e2e4"}, {5, "d2d4"}, {5, "e2e4", 0, 0, 0, 0, 0x80}}, 2)),
+            "FILE: record 2: a move of its position comes again behind others\n");
+  EXPECT_EQ(complaints(bookBytes({{5, "i2e4"}}, 2)), "FILE: record 0: not a square of the board\n");
+  EXPECT_EQ(
+      complaints(bookBytes({{lookupKeyOf(StartFen), "e2e4"}, {lookupKeyOf(AfterE4), "e7e4"}}, 2)),
+      std::string("FILE: not a legal move: e7e4 in ") + AfterE4 + "\n");
+}
+
+TEST(BookCheck, MovesThatLeadBackEndTheWalk) {
+  const TestFolder folder;
+  const auto record = [](const char* placement, const char* move) {
+    return test::TestRecord{lookupKeyOf((std::string(placement) + " KQkq -").c_str()), move};
+  };
+  const std::string path = folder.write(
+      "book", bookBytes({record("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w", "g1f3"),
+                         record("rnbqkbnr/pppppppp/8/8/8/5N2/PPPPPPPP/RNBQKB1R b", "g8f6"),
+                         record("rnbqkb1r/pppppppp/5n2/8/8/5N2/PPPPPPPP/RNBQKB1R w", "f3g1"),
+                         record("rnbqkb1r/pppppppp/5n2/8/8/8/PPPPPPPP/RNBQKBNR b", "f6g8"),
+                         {77, "a1a2"}},
+                        2));
+  const BookReport report = checkBook(path, stderr);
+  EXPECT_TRUE(report.isSound());
+  EXPECT_EQ(report.positions, 5u);
+  EXPECT_EQ(report.reachablePositions, 4u);
+}
+
+}  // namespace
+}  // namespace quill
