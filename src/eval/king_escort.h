@@ -1,0 +1,25 @@
+// Whether a king can walk ahead of its passed pawn and see it home against a bare king or a king
+// with pawns.
+#pragma once
+
+#include "board/codes.h"
+
+namespace quill {
+
+// The problem as the pawn's side sees it: the pawn moves up the board.
+struct Escort {
+  Square pawn;  // passed, on files b to g
+  Square king;
+  Square enemyKing;
+  Bitboard ownPawns;
+  Bitboard enemyPawns;
+  bool isOwnMove;
+};
+
+// The king gives up when it needs more steps than this.
+inline constexpr int MaxEscortSteps = 8;
+
+// King steps until the pawn is sure to promote, or more than MaxEscortSteps when it is not.
+int escortSteps(const Escort& escort);
+
+}  // namespace quill
