@@ -60,8 +60,9 @@ class EscortFlood {
     for (int step = 1; step <= MaxEscortSteps; ++step) {
       stepKing();
       if (escort_.isOwnMove && contains(afterEnemy_[place], escort_.king)) return step;
-      answer();
+      const bool hasGrown = answer();
       if (!escort_.isOwnMove && contains(afterOwn_[place], escort_.king)) return step;
+      if (!hasGrown) break;
     }
     return MaxEscortSteps + 1;
   }
@@ -108,7 +109,8 @@ class EscortFlood {
   }
 
   // The enemy king steps: every step must lead to where the walk succeeds, or be closed to it.
-  void answer() {
+  // False when that added nothing.
+  bool answer() {
     KingSets sets;
     sets.fill(Everywhere);
     for (Square enemy = A1; enemy <= H8; ++enemy) {
@@ -116,11 +118,15 @@ class EscortFlood {
       sets[place] = afterEnemy_[place] | closed_[place];
     }
     const KingSets held = commonToNeighbours(sets);
+    Bitboard grown = 0;
     for (Square enemy = A1; enemy <= H8; ++enemy) {
       const unsigned place = placeOf(enemy);
       const Bitboard waiting = escort_.enemyPawns != 0 ? afterEnemy_[place] : Everywhere;
-      afterOwn_[place] |= held[place] & waiting & allowed_[place] & ~stalemate_[place];
+      const Bitboard added = held[place] & waiting & allowed_[place] & ~stalemate_[place];
+      grown |= added & ~afterOwn_[place];
+      afterOwn_[place] |= added;
     }
+    return grown != 0;
   }
 
   const Escort& escort_;

@@ -135,6 +135,9 @@ TEST(PawnRace, CountsMovesOrNone) {
       {"4k3/8/3K4/4P3/8/8/8/8 w - -", 1 + 3, NoRace},   // the king goes ahead first
       {"4k3/8/4K3/4P3/8/8/8/8 b - -", 3, NoRace},       // it is there: sixth rank before the pawn
       {"8/4k3/8/4K3/4P3/8/8/8 w - -", NoRace, NoRace},  // the enemy has the opposition
+      // A king with pawns may have waiting moves: only the guarded path counts.
+      {"8/5k2/2K5/4P2p/7P/8/8/8 w - -", 1 + 3, NoRace},
+      {"4k3/8/3K4/4P2p/7P/8/8/8 w - -", NoRace, NoRace},
       {"8/4k3/8/8/P6P/8/8/4K3 w - -", 14 - 3 - 3, NoRace},  // two pawns too far apart
       {"8/4k3/8/8/3PP3/8/8/1K6 w - -", NoRace, NoRace},     // two that one king holds
       {"8/5P2/8/k6p/8/8/8/K7 w - -", 1, 4 - 1},
