@@ -51,8 +51,8 @@ HUGE = ["2147483647", "2147483648", "-2147483649", "4294967296", "9" * 30, "-" +
 WORDS = [
     "uci", "isready", "ucinewgame", "stop", "ponderhit", "position", "go", "setoption", "book",
     "fen", "%", "g", "g tt", "mt", "mt 0", "mt 1", "perft", "perft 2", "perft 0", "perft -1",
-    "divide", "divide 2", "", " ", "\t", "\r", "O-O", "O-O-O", "e8=Q", "a7a8q", "Nf3+", "0000", "e2e4 e7e5",
-    "  e2e4  ",
+    "divide", "divide 2", "", " ", "\t", "\r", "O-O", "O-O-O", "e8=Q", "a7a8q", "Nf3+", "0000",
+    "e2e4 e7e5", "  e2e4  ",
 ]
 GO_FIELDS = ["wtime", "btime", "winc", "binc", "depth", "nodes", "movetime", "movestogo"]
 
