@@ -1,0 +1,24 @@
+#!/usr/bin/env python3
+"""Checks that docs/map.md names every pair of sources below src/, and nothing that is not there."""
+
+import pathlib
+import re
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+
+
+def main():
+    sources = (p for p in (ROOT / "src").rglob("*") if p.suffix in (".h", ".cpp"))
+    there = {p.relative_to(ROOT / "src").with_suffix("").as_posix() for p in sources}
+    text = (ROOT / "docs" / "map.md").read_text(encoding="utf-8")
+    named = set(re.findall(r"^- `([a-z_0-9]+(?:/[a-z_0-9]+)?)` - ", text, re.M))
+    for name in sorted(there - named):
+        print(f"docs/map.md: no line for {name}")
+    for name in sorted(named - there):
+        print(f"docs/map.md: {name} is not below src/")
+    return 1 if there != named else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
