@@ -242,9 +242,13 @@ void withdrawAvailability(Worker& worker) {
 void checkStop(Worker& worker, const SplitPoint& split) {
   const Guard guard(worker.spinLock);
   worker.stop.exchange(false);  // a full fence: the reasons are read behind it
-  bool mustStop = worker.stopped.load() || worker.pool.rootStop.load() ||
-                  worker.timeControl.isTimeUp() ||
-                  worker.timeControl.isNodeLimitReached(worker.stats.searched());
+  // A limit ends the search of all. Were it this worker's alone, the move that it leaves unfinished
+  // at a split point above would be missing in the result of those that go on.
+  if (worker.timeControl.isTimeUp() ||
+      worker.timeControl.isNodeLimitReached(worker.stats.searched())) {
+    worker.pool.endSearch();
+  }
+  bool mustStop = worker.stopped.load() || worker.pool.rootStop.load();
   for (const SplitPoint* above = split.parent; above != nullptr && !mustStop;
        above = above->parent) {
     mustStop = above->isCutOff();
