@@ -305,8 +305,9 @@ bool splitMoves(Worker& worker, Node& node, NodeMoves& moves, const Move* at, Ve
   const Move* late = std::max<const Move*>(at, moves.late);
   if (late != moves.end) threatOf(worker, node, moves, late);
   const auto from = at - moves.list;
-  if (!moves.hasThreats)
-    std::fill(moves.threats + from, moves.threats + (moves.end - moves.list), 0);
+  // Early moves have no flags; late ones none while the node is not behind.
+  const Move* const unflagged = moves.hasThreats ? late : moves.end;
+  std::fill(moves.threats + from, moves.threats + (unflagged - moves.list), 0);
   const SplitResult result =
       trySplit(worker, {node, node.alpha, node.best, node.bestMove, withoutMark(node.hashMove), at,
                         moves.threats + from, static_cast<int>(moves.end - at),
