@@ -1,5 +1,6 @@
 #include "search/report.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -126,10 +127,12 @@ void printStatistics(const SearchStats& stats, double seconds, std::uint64_t ent
   const double speed = seconds > 0 ? static_cast<double>(total) / seconds : 0.0;
   const ShortCount nodes = shortenCount(total);
   const ShortCount nps = shortenCount(static_cast<std::uint64_t>(speed));
+  // A stop may come between the count of a frontier node and its quiescence search.
+  const std::uint64_t inner =
+      stats.qnodes - std::min<std::uint64_t>(stats.frontierNodes, stats.qnodes);
   log("nodes  : %i%c i=%5.2f%%, f=%5.2f%%, q=%5.2f%%, p=%5.2f%%, nps=%i%c\n", nodes.value,
       nodes.unit, percentOf(stats.nodes, total), percentOf(stats.frontierNodes, total),
-      percentOf(stats.qnodes - stats.frontierNodes, total), percentOf(stats.pruned, total),
-      nps.value, nps.unit);
+      percentOf(inner, total), percentOf(stats.pruned, total), nps.value, nps.unit);
   log("tt     : upd=%5.2f%%, full=%5.2f%%\n", percentOf(stats.ttHits, stats.ttHits + stats.ttNew),
       percentOf(stats.ttNew - stats.ttOverwrites, entries));
 }

@@ -49,7 +49,7 @@ std::uint64_t Tt::resize(std::uint64_t kilobytes) {
       clear();
       return bytes;
     }
-    log("tt: malloc(%u) failed, retrying...\n", static_cast<unsigned>(bytes));
+    log("tt: malloc(%llu) failed, retrying...\n", static_cast<unsigned long long>(bytes));
   }
   log("FATAL: failed to malloc Tt!\n");
   flushLog();
