@@ -1,0 +1,241 @@
+#include "search/report.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "board/make_move.h"
+#include "support/capture.h"
+#include "support/play.h"
+#include "support/search_kit.h"
+
+namespace quill {
+namespace {
+
+using test::moveOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::Not;
+using testing::StartsWith;
+
+class ReportTest : public testing::Test {
+ protected:
+  ReportTest() {
+    kit.pool.quiet = false;
+    kit.timeControl.start();
+    kit.setPosition("6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - -");
+  }
+
+  // The search as it stands when a line is written.
+  void be(int depth, int selDepth, std::uint32_t ms, std::uint64_t nodes) {
+    kit.pool.iterationDepth = depth;
+    kit.worker().selDepth = selDepth;
+    kit.timeControl.start();
+    test::crankedTicks += ms;
+    kit.worker().stats.reset();
+    kit.worker().stats.nodes.add(nodes / 2);
+    kit.worker().stats.qnodes.add(nodes - nodes / 2);
+  }
+
+  std::string headOf(int score) {
+    printSearchLine(kit.pool, score, nullptr);
+    return log.take();
+  }
+
+  // What stands in the columns of the score.
+  std::string scoreText(int score) {
+    be(1, 1, 0, 0);
+    return headOf(score).substr(26);
+  }
+
+  test::SearchKit kit;
+  test::LogCapture log;
+};
+
+TEST_F(ReportTest, HeadHasFixedColumns) {
+  be(7, 15, 1234, 5678);
+  EXPECT_EQ(headOf(42), "  [7/15]    1.234    5678       42 ");
+  be(12, 9, 59'999, 99'999);
+  EXPECT_EQ(headOf(-7), " [12/9]    59.999   99999       -7 ");
+  be(100, 100, 75'500, 123'456);
+  EXPECT_EQ(headOf(0), "[100/100]  0:01:15     120k       0 ");
+  be(1, 0, 36'610'000, 0);
+  EXPECT_EQ(headOf(0), "  [1/0]  10:10:10       0        0 ");
+}
+
+TEST_F(ReportTest, MatesAreCountedInMoves) {
+  EXPECT_EQ(scoreText(29997), "      +2#");
+  EXPECT_EQ(scoreText(29995), "      +3#");
+  EXPECT_EQ(scoreText(29999), "      +1#");
+  EXPECT_EQ(scoreText(-29996), "      -2#");
+  EXPECT_EQ(scoreText(-29998), "      -1#");
+  EXPECT_EQ(scoreText(29000), "     +500#");
+  EXPECT_EQ(scoreText(28999), "   28999 ");
+  EXPECT_EQ(scoreText(-28999), "  -28999 ");
+  EXPECT_EQ(scoreText(-29000), "     -500#");
+}
+
+TEST_F(ReportTest, LongCountsCarryAUnit) {
+  const struct {
+    std::uint64_t count;
+    int value;
+    char unit;
+  } cases[] = {{0, 0, ' '},
+               {99'999, 99'999, ' '},
+               {100'000, 97, 'k'},
+               {250'000, 244, 'k'},
+               {99'999ull << 10, 99'999, 'k'},
+               {100'000ull << 10, 97, 'm'},
+               {100'000ull << 20, 97, 'g'},
+               {100'000ull << 30, 97, 't'},
+               {100'000ull << 40, 97, '?'},
+               {~0ull, 16383, '?'}};
+  for (const auto& [count, value, unit] : cases) {
+    const ShortCount text = shortenCount(count);
+    EXPECT_EQ(text.value, value) << count;
+    EXPECT_EQ(text.unit, unit) << count;
+  }
+}
+
+TEST_F(ReportTest, FailLinesNameTheMove) {
+  be(9, 9, 0, 0);
+  const Move move = moveOf(kit.board(), "d1d8");
+  printFailLine(kit.pool, 30, "++3/20 ", move);
+  EXPECT_THAT(log.take(), EndsWith("      30  ++3/20 d1d8\n"));
+  printFailLine(kit.pool, 30, "--", move);
+  EXPECT_THAT(log.take(), EndsWith("      30  --d1d8\n"));
+  printFailLine(kit.pool, 30, "--", NoMove);
+  EXPECT_THAT(log.take(), EndsWith("      30  --\n"));
+}
+
+TEST_F(ReportTest, IterationEndsWithReasonAndRatio) {
+  be(9, 9, 0, 0);
+  printIteration(kit.pool, 30, "ok", 2.26f, "");
+  EXPECT_THAT(log.take(), EndsWith("      30  ok/2.3 \n"));
+  printIteration(kit.pool, 30, "single move", 1.0f, "(INF)");
+  EXPECT_THAT(log.take(), EndsWith("      30  single move/1.0 (INF)\n"));
+}
+
+TEST_F(ReportTest, LineIsWrittenInAlgebraicNotation) {
+  test::RecordingListener listener;
+  kit.pool.listener = &listener;
+  be(3, 3, 0, 0);
+  kit.setPosition("r3k2r/8/8/8/8/8/1P6/4K2R w Kkq -");
+  kit.pool.rootMoves.clear();
+  kit.pool.rootMoves.count = 1;
+  kit.pool.rootMoves.records[0] = {moveOf(kit.board(), "e1g1"), 55, 3, Exact, 0};
+  Board board(kit.board());
+  auto& line = kit.pool.rootMoves.lines[0];
+  std::size_t length = 0;
+  for (const char* text : {"e1g1", "h8h1", "g1h1", "e8c8", "b2b4"}) {
+    line[length] = moveOf(board, text);
+    makeMove(board, line[length++]);
+  }
+  line[length] = NoMove;
+  const UndoInfo before = kit.board();
+  printPvLine(kit.pool, 0);
+  EXPECT_THAT(log.take(), EndsWith("      55  O-O Rh1+ Kxh1 O-O-O b4 \n"));
+  EXPECT_EQ(kit.board().ply, 0);
+  EXPECT_EQ(before.enemyAttacks, kit.board().enemyAttacks);
+  ASSERT_EQ(listener.events.size(), 1u);
+  EXPECT_EQ(listener.events[0].depth, 3);
+  EXPECT_EQ(listener.events[0].value, 55);
+  EXPECT_EQ(listener.events[0].move, line[0]);
+
+  kit.pool.activeMultiPv = 2;
+  printPvLine(kit.pool, 0);
+  EXPECT_THAT(log.take(), HasSubstr(" 1) O-O "));
+}
+
+TEST_F(ReportTest, QuietPoolWritesTheRatioAlone) {
+  kit.pool.quiet = true;
+  printSearchLine(kit.pool, 30, "stopped\n");
+  printFailLine(kit.pool, 30, "--", moveOf(kit.board(), "d1d8"));
+  printPvLine(kit.pool, 0);
+  EXPECT_EQ(log.take(), "");
+  printIteration(kit.pool, 30, "ok", 2.0f, "");
+  EXPECT_EQ(log.take(), "/2.0 \n");
+}
+
+TEST_F(ReportTest, StatisticsAddUp) {
+  SearchStats stats;
+  stats.nodes.add(50'000);
+  stats.qnodes.add(130'000);
+  stats.frontierNodes.add(40'000);
+  stats.pruned.add(20'000);
+  stats.ttHits.add(1'000);
+  stats.ttNew.add(3'000);
+  stats.ttOverwrites.add(500);
+  printStatistics(stats, 0.5, 10'000);
+  EXPECT_EQ(log.take(),
+            "nodes  : 195k i=25.00%, f=20.00%, q=45.00%, p=10.00%, nps=390k\n"
+            "tt     : upd=25.00%, full=25.00%\n");
+}
+
+TEST_F(ReportTest, StatisticsOfNothingAreZero) {
+  printStatistics(SearchStats{}, 0.0, 1024);
+  EXPECT_EQ(log.take(),
+            "nodes  : 0  i= 0.00%, f= 0.00%, q= 0.00%, p= 0.00%, nps=0 \n"
+            "tt     : upd= 0.00%, full= 0.00%\n");
+  // Stopped between the count of a frontier node and its quiescence search.
+  SearchStats stats;
+  stats.frontierNodes.add(1);
+  printStatistics(stats, 0.0, 1024);
+  EXPECT_THAT(log.take(), HasSubstr("q= 0.00%"));
+}
+
+TEST_F(ReportTest, ThreadLinesShowWhereTheTimeWent) {
+  Worker& worker = *kit.pool.workers[1];
+  worker.splits = 1;
+  worker.joins = 2;
+  worker.kills = 3;
+  worker.timeSpent = {9, 60, 70, 80, 90, 500};
+  worker.stats.nodes.add(250'000);
+  printThreadStatistics(worker);
+  EXPECT_EQ(log.take(),
+            "slave : splits=1, joins=2, kills=3, admin=90, masterwait=70, slavewait=80, "
+            "workwait=60, work=500, nodes=244k, nps=488k\n");
+  printThreadStatistics(kit.worker());
+  EXPECT_THAT(log.take(), MatchesRegex("master: splits=0, .*, nodes=0 , nps=0 \n"));
+}
+
+TEST(ReportOfASearch, ConsoleLinesFollowEachOther) {
+  test::SearchKit kit(1);
+  test::LogCapture log;
+  kit.pool.quiet = false;
+  kit.setPosition("6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - -");
+  kit.think(0);
+  const std::string text = log.take();
+  EXPECT_THAT(text, HasSubstr(" Rd8+ \n"));
+  EXPECT_THAT(text, HasSubstr("      +1# (optimal)/"));
+  EXPECT_THAT(text, HasSubstr("\nnodes  : "));
+  EXPECT_THAT(text, Not(HasSubstr("master:"))) << "one thread has nothing to compare";
+}
+
+TEST(ReportOfASearch, EveryThreadHasItsLine) {
+  test::SearchKit kit(3);
+  test::LogCapture log;
+  kit.setPosition("6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - -");
+  kit.think(2);
+  const std::string text = log.take();
+  const std::size_t threads = text.find("master: splits=");
+  ASSERT_NE(threads, std::string::npos) << text;
+  const std::string lines = text.substr(threads);
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 3);
+  EXPECT_THAT(lines, HasSubstr("\nslave : splits="));
+}
+
+TEST(ReportOfASearch, StoppedSearchSaysSo) {
+  test::SearchKit kit(1);
+  test::LogCapture log;
+  kit.pool.quiet = false;
+  kit.setPosition("6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - -");
+  kit.timeControl.setNodeLimit(1);
+  kit.think(0);
+  EXPECT_THAT(log.take(), HasSubstr(" stopped\nnodes  : "));
+}
+
+}  // namespace
+}  // namespace quill

@@ -1,0 +1,154 @@
+#include "search/root_moves.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "eval/see.h"
+#include "support/play.h"
+#include "support/positions.h"
+#include "support/random_positions.h"
+#include "support/search_kit.h"
+
+namespace quill {
+namespace {
+
+using test::describe;
+using testing::ElementsAre;
+
+struct Record {
+  int score;
+  int depth;
+  int nodes;
+};
+
+// A list whose move number i is i + 1, in this order.
+RootMoveList listOf(const std::vector<Record>& records) {
+  RootMoveList list{};
+  list.count = static_cast<std::uint32_t>(records.size());
+  for (unsigned i = 0; i < records.size(); ++i) {
+    list.order[i] = i;
+    list.records[i] = {i + 1, static_cast<std::int16_t>(records[i].score),
+                       static_cast<std::uint8_t>(records[i].depth), Exact,
+                       static_cast<std::uint64_t>(records[i].nodes)};
+  }
+  return list;
+}
+
+std::vector<Move> movesOf(const RootMoveList& list) {
+  std::vector<Move> moves;
+  for (unsigned i = 0; i < list.count; ++i) moves.push_back(list.at(static_cast<int>(i)).move);
+  return moves;
+}
+
+TEST(RootMoves, StartInTheOrderOfTheirExchanges) {
+  test::SearchKit kit;
+  test::RandomPositions random(20260303);
+  for (int i = 0; i < 300; ++i) {
+    kit.board().copyFrom(random.next());
+    std::vector<Move> moves = test::legalMovesOf(kit.board());
+    std::stable_sort(moves.begin(), moves.end(), [&](Move a, Move b) {
+      const auto key = [&](Move move) {
+        return seeSquare(kit.board(), fromOf(move)) + 2 * see(kit.board(), move);
+      };
+      return key(a) > key(b);
+    });
+    RootMoveList list;
+    EXPECT_EQ(initRootMoves(list, kit.worker()), static_cast<int>(moves.size()));
+    ASSERT_EQ(movesOf(list), moves) << describe(kit.board());
+    for (unsigned m = 0; m < list.count; ++m) {
+      const RootMove& record = list.records[m];
+      ASSERT_TRUE(record.nodes == 0 && record.depth == 0 && record.bound == NotSearched);
+      ASSERT_EQ(record.score, 32 * (seeSquare(kit.board(), fromOf(record.move)) +
+                                    2 * see(kit.board(), record.move)));
+      ASSERT_EQ(list.lines[m][0], NoMove);
+    }
+  }
+}
+
+TEST(RootMoves, WithoutALegalMoveRecordZeroTellsTheResult) {
+  test::SearchKit kit;
+  kit.setPosition("7k/6Q1/6K1/8/8/8/8/8 b - -");
+  RootMoveList list;
+  EXPECT_EQ(initRootMoves(list, kit.worker()), 0);
+  EXPECT_EQ(bestScore(list), -30000);
+  EXPECT_EQ(list.bestMove(), NoMove);
+  EXPECT_EQ(list.ponderMove(), NoMove);
+  kit.setPosition("7k/5Q2/6K1/8/8/8/8/8 b - -");
+  EXPECT_EQ(initRootMoves(list, kit.worker()), 0);
+  EXPECT_EQ(bestScore(list), 0);
+}
+
+TEST(RootMoves, PlaceIsFoundAmongTheFirstLines) {
+  const struct {
+    const char* what;
+    std::vector<Record> records;
+    int multiPv, slot, newSlot;
+    std::vector<Move> order;
+  } cases[] = {
+      {"a later move always takes the first place of one line",
+       {{50, 2, 0}, {40, 1, 0}, {30, 2, 0}},
+       1,
+       2,
+       0,
+       {3, 1, 2}},
+      {"the first move stays", {{50, 2, 0}, {90, 1, 0}}, 1, 0, 0, {1, 2}},
+      {"a later move enters at its score",
+       {{50, 2, 0}, {30, 2, 0}, {10, 2, 0}, {5, 1, 0}, {40, 2, 0}},
+       3,
+       4,
+       1,
+       {1, 5, 2, 3, 4}},
+      {"the worst of the lines is displaced even by less",
+       {{50, 2, 0}, {30, 2, 0}, {10, 2, 0}, {5, 2, 0}},
+       3,
+       3,
+       2,
+       {1, 2, 4, 3}},
+      {"on equal scores the earlier one stays ahead",
+       {{50, 2, 0}, {30, 2, 0}, {10, 1, 0}, {30, 2, 0}},
+       3,
+       3,
+       2,
+       {1, 2, 4, 3}},
+      {"a line that fell moves down behind what was searched as deep",
+       {{10, 2, 0}, {30, 2, 0}, {20, 2, 0}, {90, 1, 0}},
+       3,
+       0,
+       2,
+       {2, 3, 1, 4}},
+      {"but not behind older scores", {{10, 2, 0}, {30, 1, 0}, {20, 2, 0}}, 3, 0, 0, {1, 2, 3}},
+      {"more lines than moves", {{10, 2, 0}, {30, 2, 0}}, 9, 1, 0, {2, 1}},
+  };
+  for (const auto& c : cases) {
+    RootMoveList list = listOf(c.records);
+    EXPECT_EQ(placeRootMove(list, c.multiPv, c.slot), c.newSlot) << c.what;
+    EXPECT_EQ(movesOf(list), c.order) << c.what;
+  }
+}
+
+TEST(RootMoves, TailIsSortedByNodesAndTheLinesStay) {
+  const std::vector<Record> records = {{0, 1, 1}, {0, 1, 5}, {0, 1, 7}, {0, 1, 5}, {0, 1, 9}};
+  RootMoveList list = listOf(records);
+  sortRootTail(list, 1);
+  EXPECT_THAT(movesOf(list), ElementsAre(1, 5, 3, 2, 4));
+  list = listOf(records);
+  sortRootTail(list, 3);
+  EXPECT_THAT(movesOf(list), ElementsAre(1, 2, 3, 5, 4));
+  list = listOf(records);
+  sortRootTail(list, 200);
+  EXPECT_THAT(movesOf(list), ElementsAre(1, 2, 3, 4, 5));
+}
+
+TEST(RootMoves, LowestLineIsAmongTheLinesAlone) {
+  const RootMoveList list = listOf({{50, 1, 0}, {70, 1, 0}, {-300, 1, 0}});
+  EXPECT_EQ(bestScore(list), 50);
+  EXPECT_EQ(lowestPvScore(list, 0), 50);
+  EXPECT_EQ(lowestPvScore(list, 2), 50);
+  EXPECT_EQ(lowestPvScore(list, 3), -300);
+  EXPECT_EQ(lowestPvScore(list, 256), -300);
+  EXPECT_EQ(lineCount(list, 0), 1);
+  EXPECT_EQ(lineCount(list, 256), 3);
+}
+
+}  // namespace
+}  // namespace quill

@@ -1,0 +1,303 @@
+#include "search/root.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+
+#include "board/movegen.h"
+#include "search/line_walk.h"
+#include "support/mates.h"
+#include "support/play.h"
+#include "support/positions.h"
+#include "support/random_positions.h"
+#include "support/search_kit.h"
+#include "support/slow_rules.h"
+
+namespace quill {
+namespace {
+
+using test::RecordingListener;
+using test::SearchKit;
+using Event = RecordingListener::Event;
+
+// Looks into the pool at each event, on the master's thread.
+class WatchingListener : public RecordingListener {
+ public:
+  void reportCurrentMove(int depth, int moveIndex, Move move) override {
+    RecordingListener::reportCurrentMove(depth, moveIndex, move);
+    if (onCurrentMove) onCurrentMove(depth, moveIndex);
+  }
+  void reportPv(int depth, int score, Move move) override {
+    RecordingListener::reportPv(depth, score, move);
+    if (onPv) onPv(score, move);
+  }
+
+  std::function<void(int depth, int moveIndex)> onCurrentMove;
+  std::function<void(int score, Move move)> onPv;
+};
+
+class RootTest : public testing::Test {
+ protected:
+  RootTest() : kit(1) { kit.pool.listener = &listener; }
+
+  int deepest() const {
+    int depth = 0;
+    for (const Event& event : listener.events) depth = std::max(depth, event.depth);
+    return depth;
+  }
+
+  void think(const std::string& fen, int depth) {
+    listener.events.clear();
+    kit.setPosition(fen);
+    kit.clear();
+    kit.think(depth);
+  }
+
+  WatchingListener listener;
+  SearchKit kit;
+};
+
+TEST_F(RootTest, OneLegalMoveEndsAfterDepthTwo) {
+  think("7k/8/8/8/8/8/PPP3q1/7K w - -", 0);
+  EXPECT_EQ(kit.pool.stopReason, StopSingleMove);
+  EXPECT_EQ(deepest(), 2);
+  EXPECT_EQ(kit.bestMoveText(), "h1g2");
+}
+
+TEST_F(RootTest, NoLegalMoveEndsAtOnce) {
+  for (const auto& [fen, score] : {std::pair{"7k/6Q1/6K1/8/8/8/8/8 b - -", -30000},
+                                   std::pair{"7k/5Q2/6K1/8/8/8/8/8 b - -", 0}}) {
+    think(fen, 0);
+    ASSERT_EQ(listener.events.size(), 1u);
+    const Event& end = listener.events[0];
+    EXPECT_EQ(end.kind, Event::Finished);
+    EXPECT_EQ(end.depth, 0);
+    EXPECT_EQ(end.value, score);
+    EXPECT_EQ(end.move, NoMove);
+  }
+}
+
+TEST_F(RootTest, DepthLimitEndsTheSearch) {
+  think(test::QuietFen, 3);
+  EXPECT_EQ(kit.pool.stopReason, StopDepth);
+  EXPECT_EQ(kit.pool.iterationDepth, 3);
+  const Event& end = listener.events.back();
+  EXPECT_EQ(end.kind, Event::Finished);
+  EXPECT_EQ(listener.countOf(Event::Finished), 1);
+  EXPECT_EQ(end.move, kit.rootMoves().bestMove());
+  EXPECT_EQ(end.value, bestScore(kit.rootMoves()));
+}
+
+TEST_F(RootTest, MateWithinTheHorizonEndsTheSearch) {
+  think("6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - -", 0);
+  EXPECT_EQ(kit.pool.stopReason, StopMate);
+  EXPECT_EQ(kit.pool.iterationDepth, 1);
+  EXPECT_EQ(bestScore(kit.rootMoves()), 29999);
+  EXPECT_EQ(kit.bestMoveText(), "d1d8");
+}
+
+TEST_F(RootTest, SpentTimeStartsNoNewIteration) {
+  kit.timeControl.setClock(60'000, 0);
+  kit.timeControl.allocateTime();
+  const std::uint32_t enough = kit.timeControl.phaseTime(1) + 1;
+  listener.onCurrentMove = [&](int depth, int moveIndex) {
+    if (depth == 3 && moveIndex == 0) test::crankedTicks += enough;
+  };
+  think(test::QuietFen, 0);
+  EXPECT_EQ(kit.pool.stopReason, StopTime);
+  EXPECT_EQ(kit.pool.iterationDepth, 3);
+}
+
+TEST_F(RootTest, SpentNodesStartNoNewIteration) {
+  kit.timeControl.setNodeLimit(100'000);
+  kit.timeControl.allocateNodes();
+  think(test::QuietFen, 0);
+  EXPECT_EQ(kit.pool.stopReason, StopNodes);
+  EXPECT_GT(kit.pool.searchedNodes(), kit.timeControl.phaseNodes(1));
+  kit.timeControl.setNodeLimit(0);
+}
+
+// The clock runs out in the middle of an iteration: what was searched before it counts, the move
+// then being searched does not.
+TEST_F(RootTest, MoveInHandWhenTheTimeEndsIsDropped) {
+  kit.timeControl.setMoveTime(1000);
+  RootMove before{};
+  Move inHand = NoMove;
+  listener.onCurrentMove = [&](int depth, int moveIndex) {
+    if (depth != 5 || moveIndex != 2 || inHand != NoMove) return;
+    before = kit.rootMoves().at(2);
+    inHand = before.move;
+    test::crankedTicks += 1001;
+  };
+  think(test::QuietFen, 0);
+  EXPECT_EQ(kit.pool.iterationDepth, 5);
+  EXPECT_TRUE(kit.pool.rootStop);
+  const RootMoveList& moves = kit.rootMoves();
+  const auto record = std::find_if(moves.records.begin(), moves.records.begin() + moves.count,
+                                   [&](const RootMove& root) { return root.move == inHand; });
+  ASSERT_NE(inHand, NoMove);
+  EXPECT_EQ(record->depth, 4);
+  EXPECT_EQ(record->score, before.score);
+  EXPECT_EQ(moves.at(0).depth, 5);
+}
+
+TEST_F(RootTest, InfiniteSearchGoesOnPastItsReasons) {
+  kit.timeControl.setInfinite(true);
+  listener.onCurrentMove = [&](int depth, int) {
+    if (depth == 6) kit.pool.rootStop = true;
+  };
+  think("7k/8/8/8/8/8/PPP3q1/7K w - -", 2);
+  EXPECT_EQ(kit.pool.iterationDepth, 6);
+  kit.timeControl.setInfinite(false);
+}
+
+TEST_F(RootTest, NodeLimitAnswersWithALegalMove) {
+  for (const unsigned limit : {1, 2, 300, 5'000, 60'000}) {
+    kit.timeControl.setNodeLimit(limit);
+    think(test::KiwipeteFen, 0);
+    EXPECT_TRUE(isLegalMove(kit.board(), listener.events.back().move)) << limit;
+    EXPECT_LT(kit.pool.searchedNodes(), limit + 2 * 4096) << limit;
+  }
+  kit.timeControl.setNodeLimit(0);
+}
+
+TEST_F(RootTest, LinesReportedAreLegalAndBeginWithTheirMove) {
+  int lines = 0;
+  listener.onPv = [&](int score, Move move) {
+    EXPECT_LE(std::abs(score), 30000);
+    const RootMoveList& moves = kit.rootMoves();
+    const auto at = static_cast<std::size_t>(
+        std::find_if(moves.records.begin(), moves.records.begin() + moves.count,
+                     [&](const RootMove& root) { return root.move == move; }) -
+        moves.records.begin());
+    ASSERT_LT(at, moves.count);
+    const Move* line = moves.lines[at].data();
+    if (line[0] == NoMove) return;  // the first move failed low before it had a line
+    EXPECT_EQ(line[0], move);
+    LineWalk walk(kit.board());
+    for (; *line != NoMove; ++line) {
+      ASSERT_TRUE(isLegalMove(kit.board(), *line)) << getFen(kit.board()).text();
+      walk.play(*line);
+    }
+    lines += walk.size() > 1 ? 1 : 0;
+  };
+  for (const int multiPv : {1, 3}) {
+    kit.pool.multiPv = multiPv;
+    for (const char* fen : test::VariedFens) think(fen, test::effort(6, 5) - multiPv / 2);
+    for (const test::ForcedMate& mate : test::ForcedMates) think(mate.fen, test::effort(5, 4));
+  }
+  EXPECT_GT(lines, 100);
+}
+
+TEST_F(RootTest, SeveralLinesAreKeptInOrder) {
+  kit.pool.multiPv = 4;
+  kit.pool.multiPvMargin = 0;
+  think(test::QuietFen, 6);
+  const RootMoveList& moves = kit.rootMoves();
+  for (int slot = 0; slot < 4; ++slot) {
+    EXPECT_EQ(moves.at(slot).depth, 6) << slot;
+    EXPECT_EQ(moves.at(slot).bound, Exact) << slot;
+    EXPECT_EQ(moves.lineAt(slot)[0], moves.at(slot).move) << slot;
+    if (slot > 0) {
+      EXPECT_LE(moves.at(slot).score, moves.at(slot - 1).score) << slot;
+    }
+  }
+}
+
+TEST_F(RootTest, MoreLinesThanMovesAreFine) {
+  kit.pool.multiPv = 256;
+  for (const int margin : {0, 100}) {
+    kit.pool.multiPvMargin = margin;
+    think("8/8/8/3k4/8/3KP3/8/8 w - -", 8);
+    EXPECT_EQ(kit.pool.iterationDepth, 8);
+  }
+}
+
+TEST_F(RootTest, LineBelowTheMarginCostsNoWiderWindow) {
+  // One move wins a queen; all others leave White far behind.
+  constexpr char Fen[] = "6k1/5ppp/8/3q4/4P3/8/5PPP/6K1 w - -";
+  kit.pool.multiPv = 3;
+  kit.pool.multiPvMargin = 100;
+  think(Fen, 7);
+  EXPECT_EQ(kit.bestMoveText(), "e4d5");
+  // The third line is searched once in each pass over the root moves.
+  int passes = 0;
+  for (const Event& event : listener.events) {
+    passes += event.kind == Event::Current && event.value == 2 && event.depth >= 4 ? 1 : 0;
+  }
+  EXPECT_LE(passes, 5) << "in the iterations 4 to 7";
+  const std::uint64_t nodes = kit.pool.searchedNodes();
+  kit.pool.multiPvMargin = 0;
+  think(Fen, 7);
+  EXPECT_LT(nodes, kit.pool.searchedNodes());
+}
+
+TEST_F(RootTest, ExactMoveIsNotSearchedAgainInAWiderWindow) {
+  int repeated = 0;
+  std::map<int, std::map<Move, int>> searches;  // by depth and move
+  listener.onCurrentMove = [&](int depth, int slot) {
+    const RootMove& record = kit.rootMoves().at(slot);
+    EXPECT_FALSE(record.bound == Exact && record.depth >= depth);
+    if (++searches[depth][record.move] == 2) ++repeated;
+  };
+  for (const char* fen : test::VariedFens) {
+    searches.clear();
+    think(fen, 6);
+  }
+  EXPECT_GT(repeated, 10) << "no window was ever widened";
+}
+
+TEST_F(RootTest, SameSearchTwiceIsTheSame) {
+  for (const char* fen : {test::KiwipeteFen, test::QuietFen, test::RookEndingFen}) {
+    std::vector<std::uint64_t> nodes;
+    std::vector<int> scores;
+    std::vector<std::vector<Move>> lines;
+    for (int run = 0; run < 2; ++run) {
+      think(fen, 7);
+      nodes.push_back(kit.pool.searchedNodes());
+      scores.push_back(bestScore(kit.rootMoves()));
+      const Move* line = kit.rootMoves().lineAt(0);
+      lines.emplace_back(line, std::find(line, line + MaxSearchPly, NoMove));
+    }
+    EXPECT_EQ(nodes[0], nodes[1]) << fen;
+    EXPECT_EQ(scores[0], scores[1]) << fen;
+    EXPECT_EQ(lines[0], lines[1]) << fen;
+  }
+}
+
+TEST_F(RootTest, BestLineStandsInTheTableAfterwards) {
+  think(test::QuietFen, 6);
+  const Move* line = kit.rootMoves().lineAt(0);
+  LineWalk walk(kit.board());
+  int score = bestScore(kit.rootMoves());
+  for (; *line != NoMove; ++line) {
+    TtEntry entry;
+    ASSERT_TRUE(kit.tt.probe(kit.worker(), entry)) << walk.size();
+    EXPECT_EQ(entry.move, *line) << walk.size();
+    EXPECT_EQ(entry.bound, ExactBound) << walk.size();
+    EXPECT_EQ(entry.score, scoreToTable(score, walk.size()));
+    score = -score;
+    walk.play(*line);
+  }
+  EXPECT_GT(walk.size(), 2);
+}
+
+TEST_F(RootTest, BoardIsAsItWasAfterAnySearch) {
+  test::RandomPositions random(20260304);
+  for (int i = 0; i < test::effort(150, 30); ++i) {
+    const Board& position = random.next();
+    kit.board().copyFrom(position);
+    kit.clear();
+    const int score = kit.think(4);
+    ASSERT_EQ(test::difference(kit.board(), position), "") << test::describe(position);
+    ASSERT_LE(std::abs(score), 30000) << test::describe(position);
+    if (kit.rootMoves().count > 0) {
+      ASSERT_TRUE(isLegalMove(kit.board(), kit.rootMoves().bestMove())) << test::describe(position);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quill
