@@ -181,6 +181,25 @@ bool givesUpCoverage(const Scene& scene, Square slider, Bitboard ownLine, Bitboa
          (bishopLines[slider] & flights & ~kingLine) != 0;
 }
 
+// Whether a slider that checks from afar stands in the way of its own side, so that a neighbour
+// square of the king is no longer held. Rare, and asked last.
+bool letsKingOut(const Scene& scene, Square slider, Square to) {
+  const Bitboard occupancy = (scene.board.occupied & ~bit(slider) & ~bit(scene.king)) | bit(to);
+  const Bitboard moved = bit(slider) | bit(to);
+  const Bitboard mover = contains(scene.attacker.bb[Queen], slider) ? bit(to) : 0;
+  const Bitboard diagonal = (scene.attackerSliders(Bishop) & ~moved) | mover;
+  const Bitboard straight = (scene.attackerSliders(Rook) & ~moved) | bit(to);
+  for (Bitboard flights = scene.zone & ~scene.defender.bb[0]; flights != 0;) {
+    const Square flight = popLowest(flights);
+    if (!scene.isHeldByPawnKnightOrKing(flight) &&
+        (bishopAttacks(flight, occupancy) & diagonal) == 0 &&
+        (rookAttacks(flight, occupancy) & straight) == 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
 // Whether the check by the slider from its destination stands: not taken, and either defended
 // contact or too far away to be parried.
 bool isLineMate(const Scene& scene, Square slider, Square to, bool alongRank) {
@@ -192,7 +211,9 @@ bool isLineMate(const Scene& scene, Square slider, Square to, bool alongRank) {
   if ((rookAttacks(to, occupancy & ~defendingRooks) & defendingRooks) != 0) return false;
 
   const Bitboard gap = between[to][scene.king];
-  if (gap != 0) return !canParryLineCheck(scene, gap, alongRank, occupancy);
+  if (gap != 0) {
+    return !canParryLineCheck(scene, gap, alongRank, occupancy) && !letsKingOut(scene, slider, to);
+  }
   if ((diagonal & scene.attackerSliders(Bishop) & ~bit(slider)) != 0) {
     // A rook may shut that defender's line to the king's flights; on the edge there are none behind
     // it.
