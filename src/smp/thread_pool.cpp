@@ -90,6 +90,8 @@ void ThreadPool::startSearch() {
   prepareSearch(*this);
   for (int i = 0; i < std::max(threadCount_, 1); ++i) {
     Worker& worker = *workers[i];
+    // Here, while all are idle: the sums over the workers are right from the start.
+    worker.stats.reset();
     worker.killers = {};
     if (i > 0) worker.board.copyFrom(board());
     worker.undoSnapshot = worker.board;
@@ -145,7 +147,6 @@ void ThreadPool::threadMain(void* argument) {
     worker.idleEvent.set();
     worker.wakeEvent.wait();
     if (worker.quit.load(std::memory_order_relaxed)) break;
-    worker.stats.reset();
     worker.splitsInUse = 0;
     worker.splits = 0;
     worker.joins = 0;
