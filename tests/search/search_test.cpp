@@ -294,8 +294,8 @@ TEST_F(SearchTest, MatesAreTrueAndNoneInTwoIsMissed) {
     }
     ++mates[moves];
   }
-  EXPECT_GT(mates[1], effort(15, 1)) << "too few mates met to say anything";
-  EXPECT_GT(mates[2], effort(15, 1));
+  EXPECT_GE(mates[1], effort(15, 1)) << "too few mates met to say anything";
+  EXPECT_GE(mates[2], effort(15, 1));
 }
 
 TEST(SearchMates, ForcedMatesAreFoundInTime) {
