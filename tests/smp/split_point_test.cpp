@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <fstream>
+#include <memory>
 #include <numeric>
+#include <string>
 
 #include "board/movegen.h"
 #include "search/line_walk.h"
@@ -122,6 +126,26 @@ TEST(SplitPoint, MatesAreFoundByFourThreads) { findMates(4, effort(3, 1)); }
 
 // Many threads on few processors: every wait is long, every order of events comes up.
 TEST(SplitPointSlow, SixteenThreadsFindTheMates) { findMates(16, effort(5, 1)); }
+
+// Two hundred positions of random games in which one thread finds a mate for either side within six
+// plies: several threads find one at that depth too.
+TEST(SplitPointSlow, MatesOfRandomGamesAreFoundByTwoAndFourThreads) {
+  constexpr int Depth = 6;
+  constexpr int MateBound = 29000;
+  std::ifstream file(QUILL_TEST_DATA "/mates.txt");
+  std::array<std::unique_ptr<SearchKit>, 3> kits;
+  for (std::size_t i = 0; i < kits.size(); ++i) kits[i] = std::make_unique<SearchKit>(1 << i);
+  int positions = 0;
+  for (std::string fen; positions < effort(200, 25) && std::getline(file, fen); ++positions) {
+    for (const auto& kit : kits) {
+      kit->setPosition(fen);
+      kit->clear();
+      EXPECT_GE(std::abs(kit->think(Depth)), MateBound)
+          << fen << " with " << kit->pool.threadCount() << " threads";
+    }
+  }
+  EXPECT_EQ(positions, effort(200, 25));
+}
 
 TEST(SplitPointSlow, ThreadsAgreeWithOneOnQuietPositions) {
   SearchKit one(1);
