@@ -89,7 +89,6 @@ struct Worker {
   platform::Event idleEvent;
   std::atomic<bool> quit{false};     // end the thread
   std::atomic<bool> stopped{false};  // the search is being stopped; cleared by the wake
-  UndoInfo undoSnapshot{};           // of the root position, for the return from a split point
 
   // Split points. spinLock guards currentSplit and available against the threads that hand out
   // work.

@@ -94,7 +94,6 @@ void ThreadPool::startSearch() {
     worker.stats.reset();
     worker.killers = {};
     if (i > 0) worker.board.copyFrom(board());
-    worker.undoSnapshot = worker.board;
   }
   wakeWorker(master());
 }
