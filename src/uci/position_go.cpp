@@ -35,6 +35,7 @@ void Uci::position() {
   }
   pool_.waitIdle();
   setStatus(Position);  // the search that ended meanwhile has set its own
+  releaseWithheldAnswer();
 
   if (setPosition()) playMoves();
   if (logStream() != nullptr) printBoard(board_, logStream());
@@ -81,6 +82,7 @@ void Uci::playMoves() {
 
 void Uci::go() {
   const UciStatus old = stopRunningSearch();
+  releaseWithheldAnswer();
   if (probeBook()) {
     lastGoPly_ = 0;
     setStatus(Finished);

@@ -1,6 +1,7 @@
 #include "uci/uci.h"
 
 #include <cstdlib>
+#include <utility>
 
 #include "board/notation.h"
 #include "shell/log.h"
@@ -101,6 +102,7 @@ void Uci::quit() {
 void Uci::stop() {
   switch (setStatus(Finished)) {
     case Finished:
+      isAnswerWithheld_ = false;
       sendBestMove({answer_.best, NoMove});
       break;
     case Position:
@@ -122,6 +124,7 @@ void Uci::ponderhit() {
     case Finished:
       trace("uci:ponderhit(): already finished\n");
       setStatus(Finished);
+      isAnswerWithheld_ = false;
       sendBestMove(answer_);
       break;
     case Position:
@@ -148,11 +151,27 @@ void Uci::searchFinished(int depth, int /*score*/, Move /*move*/) {
   printPvBlock(depth);
   answer_ = {pool_.rootMoves.bestMove(), pool_.rootMoves.ponderMove()};
   const Answer answer = answer_;  // the member may change as soon as the status has
-  if (setStatus(Finished) != Pondering) {
-    sendBestMove(answer);
-  } else {
-    trace("Uci:finish() delay sending bestmove, status is still 'pondering'\n");
+  bool isWithheld = false;
+  {
+    const std::lock_guard guard(statusLock_);
+    isWithheld = status_ == Pondering;
+    isAnswerWithheld_ = isWithheld;
+    status_ = Finished;
   }
+  if (isWithheld) {
+    trace("Uci:finish() delay sending bestmove, status is still 'pondering'\n");
+  } else {
+    sendBestMove(answer);
+  }
+}
+
+void Uci::releaseWithheldAnswer() {
+  bool wasWithheld = false;
+  {
+    const std::lock_guard guard(statusLock_);
+    wasWithheld = std::exchange(isAnswerWithheld_, false);
+  }
+  if (wasWithheld) sendBestMove(answer_);
 }
 
 void Uci::reportCurrentMove(int depth, int moveIndex, Move move) {

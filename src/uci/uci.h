@@ -114,6 +114,9 @@ class Uci final : public SearchListener {
 
   void printPvBlock(int filterDepth);
   void sendBestMove(Answer answer);
+  // Sends the answer of a ponder search that ended by itself and that neither "ponderhit" nor
+  // "stop" has asked for: a new "position" or "go" does without them. Requires: no search runs.
+  void releaseWithheldAnswer();
   void send(const std::string& text);
 
   ThreadPool& pool_;
@@ -135,6 +138,7 @@ class Uci final : public SearchListener {
   std::uint32_t reserve_ = 3000;  // ms of the clock that are never planned with
 
   UciStatus status_ = Finished;
+  bool isAnswerWithheld_ = false;  // the last search's answer waits; changes with the status
   std::mutex statusLock_;
   int lastGoPly_ = 0;    // game ply of the last "go", to notice a new game
   int lastBookPly_ = 0;  // game ply of the last book move, 0 = none

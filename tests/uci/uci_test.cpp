@@ -120,6 +120,21 @@ TEST_F(Commands, TheAnswerOfAPonderSearchWaitsForStopToo) {
   EXPECT_THAT(answers(), ElementsAre(MatchesRegex("bestmove ....")));
 }
 
+TEST_F(Commands, AWithheldAnswerIsSentBeforeTheNextPositionOrGo) {
+  for (const char* next : {"position startpos", "go nodes 2000"}) {
+    send("position startpos");
+    send("go ponder nodes 2000");
+    waitForTheEnd();
+    EXPECT_THAT(answers(), IsEmpty()) << next;
+    send(next);
+    waitForTheEnd();
+    const std::size_t expected = *next == 'g' ? 2 : 1;
+    EXPECT_THAT(answers(), SizeIs(expected)) << next;
+    send("position startpos");
+    EXPECT_THAT(answers(), IsEmpty()) << next;
+  }
+}
+
 TEST_F(Commands, PonderhitMakesTheSearchATimedOne) {
   send("position startpos");
   send("go ponder movetime 50");
