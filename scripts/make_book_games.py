@@ -8,7 +8,8 @@
       the output ends. The same seed and engine give the same games.
   scripts/make_book_games.py audit FILE --engine ENGINE
       FILE is a list of openings or a game collection. Searches every position and names the moves
-      that lose more than --loss centipawns against the engine's own choice.
+      that lose more than --loss centipawns against the engine's own choice. With --remove the games
+      of a collection that contain such a move are taken out of it.
 """
 
 import argparse
@@ -77,12 +78,12 @@ def read_openings(path):
 
 
 def read_games(path):
-    """The moves of each game of a collection that this program wrote."""
+    """(text, moves) of each game of a collection that this program wrote."""
     text = pathlib.Path(path).read_text() if pathlib.Path(path).exists() else ""
     for game in re.split(r"(?m)^(?=\[Event )", text):
         words = re.sub(r"(?m)^\[.*\]$", "", game).split()
         if words:
-            yield [word for word in words if word not in RESULTS and not word[0].isdigit()]
+            yield game, [word for word in words if word not in RESULTS and not word[0].isdigit()]
 
 
 def check_lines():
@@ -199,7 +200,7 @@ def play_line(task):
 
 
 def make_games(args):
-    done = [tuple(game) for game in read_games(args.output)]
+    done = [tuple(moves) for _, moves in read_games(args.output)]
     tasks = []
     for _, code, opening in read_openings(OPENINGS):
         if not any(game[: len(opening)] == tuple(opening) for game in done):
@@ -217,33 +218,44 @@ def make_games(args):
 # Audit.
 
 
-def moves_to_audit(args):
-    """fen -> {move: [text, games]} of the first plies of all games."""
-    is_lines = not args.file.endswith(".pgn")
-    games = [moves for _, _, moves in read_openings(args.file)] if is_lines else read_games(args.file)
+def first_plies(moves, count):
+    """(position's key, move, its text) of the first plies of a game."""
+    position = Position()
+    for text in moves[:count]:
+        move = find_move(position, text)
+        yield " ".join(position.fen().split()[:4]), move, text
+        position.push(move)
+
+
+def moves_to_audit(games, max_ply):
+    """key -> {move: [text, games]} of the first plies of all games."""
     found = collections.defaultdict(dict)
-    for game in games:
-        position = Position()
-        for text in game[: args.max_ply]:
-            move = find_move(position, text)
-            key = " ".join(position.fen().split()[:4])
+    for moves in games:
+        for key, move, text in first_plies(moves, max_ply):
             found[key].setdefault(move, [text, 0])[1] += 1
-            position.push(move)
     return found
 
 
 def audit_position(task):
-    """(text, loss in centipawns) of each move of a position."""
+    """[(position's key, move, text, loss in centipawns)] of the moves that lose too much."""
     fen, moves, args = task
-    engine = open_engine_once(args.engine)
-    best = engine.go(f"nodes {args.nodes}", f"fen {fen} 0 1")
-    losses = []
-    for move, (text, _) in moves.items():
-        if move == best.move:
-            continue
-        after = engine.go(f"nodes {args.nodes}", f"fen {fen} 0 1 moves {move}")
-        losses.append((text, best.score() + after.score()))
-    return fen, losses
+    bad = []
+    # What a short search blames, a longer one has to confirm.
+    for nodes in (args.nodes, 10 * args.nodes):
+        engine = open_engine_once(args.engine)
+        best = engine.go(f"nodes {nodes}", f"fen {fen} 0 1")
+        bad = []
+        for move, (text, _) in moves.items():
+            if move == best.move:
+                continue
+            after = engine.go(f"nodes {nodes}", f"fen {fen} 0 1 moves {move}")
+            loss = best.score() + after.score()
+            if loss > args.loss:
+                bad.append((fen, move, text, loss))
+        if not bad:
+            break
+        moves = {move: moves[move] for _, move, _, _ in bad}
+    return bad
 
 
 engines = {}
@@ -256,22 +268,41 @@ def open_engine_once(command):
     return engines[command]
 
 
+def remove_games(path, bad, max_ply):
+    """Takes the games with a bad move among their first plies out of the collection."""
+    kept, removed = [], 0
+    for text, moves in read_games(path):
+        if any((key, move) in bad for key, move, _ in first_plies(moves, max_ply)):
+            removed += 1
+        else:
+            kept.append(text)
+    pathlib.Path(path).write_text("".join(kept))
+    print(f"{removed} games removed, {len(kept)} kept")
+
+
 def audit(args):
+    is_lines = not args.file.endswith(".pgn")
+    if is_lines:
+        games = [moves for _, _, moves in read_openings(args.file)]
+    else:
+        games = [moves for _, moves in read_games(args.file)]
     tasks = []
-    for fen, moves in moves_to_audit(args).items():
+    for key, moves in moves_to_audit(games, args.max_ply).items():
         used = {m: v for m, v in moves.items() if v[1] >= args.min_games}
         if used:
-            tasks.append((fen, used, args))
-    bad = 0
+            tasks.append((key, used, args))
+    bad = set()
     with multiprocessing.Pool(args.jobs) as pool:
-        for fen, losses in pool.imap(audit_position, tasks, chunksize=8):
-            for text, loss in losses:
-                if loss > args.loss:
-                    bad += 1
-                    print(f"{text} loses {loss} in {fen}", flush=True)
+        for found in pool.imap(audit_position, tasks, chunksize=8):
+            for key, move, text, loss in found:
+                bad.add((key, move))
+                print(f"{text} loses {loss} in {key}", flush=True)
         # The engines of the pool's processes end with their standard input.
     moves = sum(len(used) for _, used, _ in tasks)
-    print(f"{moves} moves in {len(tasks)} positions, {bad} of them lose more than {args.loss}")
+    print(f"{moves} moves in {len(tasks)} positions, {len(bad)} of them lose more than {args.loss}")
+    if args.remove and not is_lines:
+        remove_games(args.file, bad, args.max_ply)
+        return 0
     return 1 if bad else 0
 
 
@@ -296,6 +327,7 @@ def main():
     check.add_argument("--loss", type=int, default=80, help="centipawns")
     check.add_argument("--max-ply", type=int, default=24)
     check.add_argument("--min-games", type=int, default=1)
+    check.add_argument("--remove", action="store_true", help="the games with such a move")
     check.add_argument("--jobs", type=int, default=multiprocessing.cpu_count())
     args = parser.parse_args()
     if args.command == "lines":

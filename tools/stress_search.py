@@ -12,6 +12,8 @@ move (or says 0000 after "position"); such a repetition is counted, not a fault.
 """
 
 import argparse
+import os
+import pathlib
 import random
 import sys
 import tempfile
@@ -35,6 +37,17 @@ class Failure(Exception):
     """What the engine must not do."""
 
 
+def stolen_time():
+    """Seconds that the host of a virtual machine has kept its processors from it, summed over them.
+
+    Linux only, elsewhere 0. An answer that is late by this much may not be the engine's fault.
+    """
+    statistics = pathlib.Path("/proc/stat")
+    if not statistics.exists():
+        return 0.0
+    return int(statistics.read_text().split()[8]) / os.sysconf("SC_CLK_TCK")
+
+
 class Stress:
     def __init__(self, engine, args):
         self.engine = engine
@@ -53,6 +66,7 @@ class Stress:
     def expect_answer(self, fen, since, budget=0.0):
         """Waits for the bestmove, due within the limit after `since` plus the budget."""
         self.searches += 1
+        stolen = stolen_time()
         deadline = since + budget + self.args.patience
         while True:
             moment, text = self.engine.line(deadline - time.monotonic())
@@ -61,7 +75,11 @@ class Stress:
         late = moment - since - budget
         self.slowest = max(self.slowest, late)
         if late > self.args.limit:
-            raise Failure(f"bestmove came {late:.2f} s after it was due")
+            stolen = stolen_time() - stolen
+            raise Failure(
+                f"bestmove came {late:.2f} s after it was due; "
+                f"the host took {stolen:.2f} s of processor time meanwhile"
+            )
         move = text.split()[1].lower()
         if move not in self.legal[fen]:
             raise Failure(f"{text} in {fen}")

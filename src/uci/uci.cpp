@@ -102,8 +102,7 @@ void Uci::quit() {
 void Uci::stop() {
   switch (setStatus(Finished)) {
     case Finished:
-      isAnswerWithheld_ = false;
-      sendBestMove({answer_.best, NoMove});
+      repeatAnswer({answer_.best, NoMove});
       break;
     case Position:
       std::fprintf(stderr, "uci:: stop without preceeding go?\n");
@@ -124,8 +123,7 @@ void Uci::ponderhit() {
     case Finished:
       trace("uci:ponderhit(): already finished\n");
       setStatus(Finished);
-      isAnswerWithheld_ = false;
-      sendBestMove(answer_);
+      repeatAnswer(answer_);
       break;
     case Position:
       std::fprintf(stderr, "uci:: ponderhit without preceeding go(): send bestmove 0000\n");
@@ -163,6 +161,14 @@ void Uci::searchFinished(int depth, int /*score*/, Move /*move*/) {
   } else {
     sendBestMove(answer);
   }
+}
+
+void Uci::repeatAnswer(Answer answer) {
+  // The search thread may still be on its way from setting the status to sending its answer, which
+  // must not come behind this one: the GUI could take it for the answer to its next "go".
+  pool_.waitIdle();
+  isAnswerWithheld_ = false;
+  sendBestMove(answer);
 }
 
 void Uci::releaseWithheldAnswer() {

@@ -114,6 +114,8 @@ class Uci final : public SearchListener {
 
   void printPvBlock(int filterDepth);
   void sendBestMove(Answer answer);
+  // Sends the answer of a search that has ended, or what is left of it, on demand.
+  void repeatAnswer(Answer answer);
   // Sends the answer of a ponder search that ended by itself and that neither "ponderhit" nor
   // "stop" has asked for: a new "position" or "go" does without them. Requires: no search runs.
   void releaseWithheldAnswer();

@@ -101,7 +101,6 @@ TEST_F(Commands, StopEndsASearchWithOneAnswer) {
 TEST_F(Commands, TheAnswerOfAPonderSearchWaitsForPonderhit) {
   send("position startpos");
   send("go ponder nodes 2000");
-  EXPECT_EQ(uci.status(), Pondering);
   waitForTheEnd();
   EXPECT_THAT(answers(), IsEmpty());
   EXPECT_EQ(uci.status(), Finished);
@@ -138,6 +137,7 @@ TEST_F(Commands, AWithheldAnswerIsSentBeforeTheNextPositionOrGo) {
 TEST_F(Commands, PonderhitMakesTheSearchATimedOne) {
   send("position startpos");
   send("go ponder movetime 50");
+  EXPECT_EQ(uci.status(), Pondering);
   EXPECT_TRUE(timeControl.infinite());
   send("ponderhit");
   EXPECT_EQ(errors(), "");
