@@ -218,12 +218,21 @@ def make_games(args):
 # Audit.
 
 
+def book_key(position):
+    """The position as a book knows it: FEN without counters, en passant only where it can happen."""
+    men, side, castling, square = position.fen().split()[:4]
+    takes = (m for m in position.pseudo_moves() if m[2:4] == square)
+    if not any(position.board[square_of(m)] in "Pp" for m in takes):
+        square = "-"
+    return f"{men} {side} {castling} {square}"
+
+
 def first_plies(moves, count):
     """(position's key, move, its text) of the first plies of a game."""
     position = Position()
     for text in moves[:count]:
         move = find_move(position, text)
-        yield " ".join(position.fen().split()[:4]), move, text
+        yield book_key(position), move, text
         position.push(move)
 
 

@@ -22,7 +22,7 @@ class DefaultBook : public testing::Test {
     std::ifstream file(QUILL_TEST_DATA "/../../data/games.pgn");
     if (!file) GTEST_SKIP() << "there are no games to make it from";
     BookOptions options;
-    options.maxPly = 24;
+    options.maxPly = 12;
     options.minGames = 2;
     BookBuilder builder(options);
     PgnReader reader(file, options.maxPly);
