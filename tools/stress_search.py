@@ -12,8 +12,6 @@ move (or says 0000 after "position"); such a repetition is counted, not a fault.
 """
 
 import argparse
-import os
-import pathlib
 import random
 import sys
 import tempfile
@@ -21,6 +19,7 @@ import time
 
 import sanitizers
 from chess_rules import Position, START_FEN
+from host import stolen_time
 from positions import MIDDLEGAMES
 from uci_client import Engine, EngineError, signal_name
 
@@ -35,17 +34,6 @@ POSITIONS = MIDDLEGAMES + [
 
 class Failure(Exception):
     """What the engine must not do."""
-
-
-def stolen_time():
-    """Seconds that the host of a virtual machine has kept its processors from it, summed over them.
-
-    Linux only, elsewhere 0. An answer that is late by this much may not be the engine's fault.
-    """
-    statistics = pathlib.Path("/proc/stat")
-    if not statistics.exists():
-        return 0.0
-    return int(statistics.read_text().split()[8]) / os.sysconf("SC_CLK_TCK")
 
 
 class Stress:

@@ -2,6 +2,7 @@
 
 import random
 import unittest
+import unittest.mock
 
 import bratko_kopec
 import fuzz_stdin
@@ -113,6 +114,15 @@ class Gain(unittest.TestCase):
     def test_takes_medians(self):
         single, several = [(4.0, 100), (2.0, 110), (9.0, 90)], [(2.0, 200), (1.0, 180), (3.0, 190)]
         self.assertEqual(time_to_depth.gain_row(single, several), (4.0, 2.0, 2.0, 1.9))
+
+
+    def test_makes_disturbed_runs_again(self):
+        results = iter([(1.0, 10), (1.1, 11), (1.2, 12)])
+        stolen = iter([0.0, 0.5, 0.5, 0.6, 0.6, 0.61])
+        runs = time_to_depth.Runs(5)
+        with unittest.mock.patch.object(time_to_depth, "stolen_time", lambda: next(stolen)):
+            self.assertEqual(runs.undisturbed(lambda: next(results)), (1.2, 12))
+        self.assertEqual((runs.repeated, runs.disturbed), (2, 0))
 
 
 class Fuzz(unittest.TestCase):
