@@ -177,15 +177,5 @@ TEST(Attacks, KnightConeHoldsTheSquaresWithinJumpsOfThePawnsPath) {
   }
 }
 
-TEST(Attacks, KnownSets) {
-  EXPECT_EQ(rookAttacks(A1, 0), (FileA | Rank1) & ~bit(A1));
-  EXPECT_EQ(count(bishopAttacks(D4, 0)), 13);
-  EXPECT_EQ(count(between[A1][H8]), 6);
-  EXPECT_EQ(between[A1][B3], 0u);
-  EXPECT_EQ(line[B2][G7], diagonals[A1].rising);
-  EXPECT_EQ(pawnAttacks[White][A2], bit(B3));
-  EXPECT_EQ(pawnAttacks[White][H8], 0u);
-}
-
 }  // namespace
 }  // namespace quill

@@ -7,17 +7,14 @@
 #include "board/fen.h"
 #include "board/make_move.h"
 #include "support/capture.h"
+#include "support/play.h"
 #include "support/positions.h"
 #include "support/slow_rules.h"
 
 namespace quill {
 namespace {
 
-Board startBoard() {
-  Board board;
-  EXPECT_TRUE(setFen(board, test::StartFen));
-  return board;
-}
+Board startBoard() { return test::boardOf(test::StartFen); }
 
 // Knights go to and fro, as they do in a game that began so many plies late.
 void playShuffle(Board& board, int plies, int late = 0) {
@@ -29,16 +26,6 @@ void playShuffle(Board& board, int plies, int late = 0) {
     makeMove(board, Cycle[(board.gamePly() - late) % 8]);
   }
   updateAttackInfo(board);
-}
-
-TEST(Board, MaterialSignatureOfTheStartPosition) {
-  const Board board = startBoard();
-  for (const Side& side : board.side) {
-    EXPECT_EQ(side.material, 0x71222820u);
-    EXPECT_EQ(materialPoints(side.material), 32);
-    EXPECT_EQ(pawnCount(side.material), 8);
-    EXPECT_EQ(pieceCount(side.material), 7);
-  }
 }
 
 TEST(Board, AddRefusesSquaresOffTheBoard) {

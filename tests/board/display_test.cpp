@@ -7,16 +7,17 @@
 #include <string>
 #include <vector>
 
-#include "board/fen.h"
 #include "board/make_move.h"
-#include "board/movegen.h"
 #include "board/notation.h"
 #include "support/capture.h"
+#include "support/play.h"
 #include "support/positions.h"
 #include "support/random_positions.h"
 
 namespace quill {
 namespace {
+
+using test::boardOf;
 
 std::string printed(const Board& board) {
   test::Capture capture;
@@ -45,21 +46,11 @@ std::vector<std::string> historyOf(const Board& board) {
   return history;
 }
 
-std::string materialOf(const char* fen) {
-  Board board;
-  EXPECT_TRUE(setFen(board, fen)) << fen;
-  return linesOf(printed(board))[16].substr(36);
-}
+std::string materialOf(const char* fen) { return linesOf(printed(boardOf(fen)))[16].substr(36); }
 
 Board play(const char* fen, std::initializer_list<const char*> moves) {
-  Board board;
-  EXPECT_TRUE(setFen(board, fen));
+  Board board = boardOf(fen);
   for (const char* text : moves) {
-    if (std::string(text) == "%") {
-      makeNullMove(board);
-      updateAttackInfo(board);
-      continue;
-    }
     const Move move = parseMove(board, text);
     EXPECT_NE(move, NoMove) << text;
     makeMove(board, move);
@@ -98,8 +89,7 @@ phash=91fc11226777354c
 }
 
 TEST(Display, AMissingStreamMeansStandardOutput) {
-  Board board;
-  ASSERT_TRUE(setFen(board, test::StartFen));
+  const Board board = boardOf(test::StartFen);
   test::StreamCapture output(stdout);
   printBoard(board);
   EXPECT_EQ(output.text(), printed(board));
@@ -113,50 +103,17 @@ TEST(Display, MaterialSummaryNamesTheSurplus) {
   EXPECT_EQ(materialOf("qqqqkqqq/qq6/8/8/8/8/8/4K3 w - -"), "  0-90=-90  qqqqqqqqq");
 }
 
-TEST(Display, TheSideToReplyIsMarkedByDots) {
-  EXPECT_EQ(historyOf(play(test::StartFen, {})), Lines{});
-  EXPECT_EQ(historyOf(play(test::StartFen, {"e4"})), Lines{"   1. e4    ...  "});
-  EXPECT_EQ(historyOf(play(test::StartFen, {"e4", "e5", "Nf3"})),
-            (Lines{"   1. e4    e5   ", "   2. Nf3   ...  "}));
-}
-
-TEST(Display, HistoryTellsRivalsAndSpecialMoves) {
-  EXPECT_EQ(
-      historyOf(play("r3k2r/1P6/8/3pP3/8/5N2/8/1N2K2R w Kkq d6",
-                     {"exd6", "O-O", "bxa8=N", "%", "Nbd2", "Rxa8", "O-O"})),
-      (Lines{"   1. exd6  O-O  ", "   2. bxa8=N %    ", "   3. Nbd2  Rxa8 ", "   4. O-O   ...  "}));
-}
-
 // Only with the pawn back on d7 is the other rook shut off, so that the first move needs no file.
 TEST(Display, EnPassantInTheHistoryIsTakenBackWhereItHappened) {
   EXPECT_EQ(historyOf(play("4k3/r2p3r/8/4P3/8/8/8/4K3 b - -", {"Rab7", "Ke2", "d5", "exd6"})),
             (Lines{"   1. Rb7   Ke2  ", "   2. d5    exd6 ", "   3. ...        "}));
 }
 
-TEST(Display, OnlyTheLatestTwentyFourEntriesAreShown) {
-  Board board;
-  ASSERT_TRUE(setFen(board, test::StartFen));
-  constexpr Move Cycle[] = {makeQuiet(G1, F3), makeQuiet(G8, F6), makeQuiet(F3, G1),
-                            makeQuiet(F6, G8)};
-  for (int i = 0; i < 30; ++i) makeMove(board, Cycle[i % 4]);
-  updateAttackInfo(board);
-  Lines history = historyOf(board);
-  ASSERT_EQ(history.size(), 12u);
-  EXPECT_EQ(history.front(), "   4. Ng1   Ng8  ");
-  EXPECT_EQ(history.back(), "  15. Nf3   Nf6  ");
-  makeMove(board, Cycle[2]);
-  updateAttackInfo(board);
-  history = historyOf(board);
-  ASSERT_EQ(history.size(), 12u);
-  EXPECT_EQ(history.front(), "   5. Nf3   Nf6  ");
-  EXPECT_EQ(history.back(), "  16. Ng1   ...  ");
-}
-
 TEST(Display, AGameLongerThanTheStacksLooksLikeAnyOther) {
   constexpr Move Cycle[] = {makeQuiet(G1, F3), makeQuiet(G8, F6), makeQuiet(F3, G1),
                             makeQuiet(F6, G8)};
-  Board board;
-  ASSERT_TRUE(setFen(board, test::StartFen));
+  Board board = boardOf(test::StartFen);
+  EXPECT_EQ(historyOf(board), Lines{});
   for (int i = 0; i < 2000; ++i) {
     rebaseStacks(board);
     makeMove(board, Cycle[i % 4]);
@@ -170,6 +127,7 @@ TEST(Display, AGameLongerThanTheStacksLooksLikeAnyOther) {
     EXPECT_EQ(history.back(), last) << i;
     if (i > 30) {
       EXPECT_EQ(history.size(), 12u) << i;
+      EXPECT_EQ(std::stoi(history.front()), i / 2 - 10) << i;
     }
   }
   EXPECT_GT(board.plyOffset, 0);
@@ -178,19 +136,18 @@ TEST(Display, AGameLongerThanTheStacksLooksLikeAnyOther) {
 TEST(Display, HistoryIsTheMovesAsTheyWerePlayed) {
   test::RandomPositions random(17);
   for (int game = 0; game < 60; ++game) {
-    Board board;
-    ASSERT_TRUE(setFen(board, test::VariedFens[game % std::size(test::VariedFens)]));
+    Board board = boardOf(test::VariedFens[game % std::size(test::VariedFens)]);
     Lines sans;
     for (int ply = 0; ply < 60; ++ply) {
-      Move list[MaxMoves];
-      const auto moves = static_cast<std::uint32_t>(generateLegal(board, list) - list);
-      if (moves == 0) break;
+      const std::vector<Move> moves = test::legalMovesOf(board);
+      if (moves.empty()) break;
       const bool pass = !board.isInCheck() && random.below(10) == 0;
-      const Move move = pass ? NoMove : list[random.below(moves)];
+      const Move move =
+          pass ? NoMove : moves[random.below(static_cast<std::uint32_t>(moves.size()))];
       char san[MoveTextSize];
       moveToSan(board, san, move);
       sans.emplace_back(san);
-      pass ? makeNullMove(board) : makeMove(board, move);
+      playMove(board, move);
       updateAttackInfo(board);
       Lines expected = sans;
       if (board.stm == Black) expected.emplace_back("...");

@@ -4,9 +4,7 @@
 
 #include <vector>
 
-#include "board/fen.h"
-#include "board/movegen.h"
-#include "support/positions.h"
+#include "support/play.h"
 #include "support/random_positions.h"
 #include "support/reference.h"
 #include "support/slow_rules.h"
@@ -14,25 +12,13 @@
 namespace quill {
 namespace {
 
+using test::boardOf;
 using test::describe;
-
-Board boardOf(const char* fen) {
-  Board board;
-  EXPECT_TRUE(setFen(board, fen)) << fen;
-  return board;
-}
-
-Board afterMove(const char* fen, Move move) {
-  Board board = boardOf(fen);
-  EXPECT_TRUE(isLegalMove(board, move)) << fen;
-  makeMove(board, move);
-  return board;
-}
 
 TEST(MakeMove, ReferenceMovesLeadToTheReferencePositions) {
   for (const auto& position : test::referencePositions()) {
     const auto fen = position["fen"].get<std::string>();
-    Board board = boardOf(fen.c_str());
+    Board board = boardOf(fen);
     for (std::size_t i = 0; i < position["bits"].size(); ++i) {
       const Move move = static_cast<Move>(test::parseHex(position["bits"][i]));
       const UndoInfo undo = board;
@@ -110,16 +96,15 @@ TEST(MakeMove, EveryFieldIsRightAndTakenBack) {
     Board& board = positions.next();
     ASSERT_EQ(board.key, test::slowKey(board)) << describe(board);
     ASSERT_EQ(board.pawnKey, test::slowPawnKey(board)) << describe(board);
-    Move list[MaxMoves];
-    const Move* end = generateLegal(board, list);
+    const std::vector<Move> moves = test::legalMovesOf(board);
     const Board before = board;
     const UndoInfo undo = board;
-    for (const Move* move = list; move != end; ++move) {
-      makeMove(board, *move);
-      expectRightAfterMove(before, board, *move);
-      unmakeMove(board, *move, undo);
+    for (const Move move : moves) {
+      makeMove(board, move);
+      expectRightAfterMove(before, board, move);
+      unmakeMove(board, move, undo);
       ASSERT_EQ(test::difference(board, before), "");
-      ASSERT_FALSE(HasFailure()) << describe(before) << std::hex << " move " << *move;
+      ASSERT_FALSE(HasFailure()) << describe(before) << std::hex << " move " << move;
     }
   }
 }
@@ -143,69 +128,6 @@ TEST(MakeMove, NullMovePassesTheTurnAndIsTakenBack) {
   }
 }
 
-TEST(MakeMove, RightsAreLostByMovesOfAndCapturesOnTheirSquares) {
-  constexpr char Fen[] = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq -";
-  const PieceCode rook = makeCode(Black, Rook);
-  EXPECT_EQ(afterMove(Fen, makeQuiet(E1, E2)).castling, BlackShort | BlackLong);
-  EXPECT_EQ(afterMove(Fen, makeQuiet(E1, G1) | CastlingFlag).castling, BlackShort | BlackLong);
-  EXPECT_EQ(afterMove(Fen, makeQuiet(A1, A2)).castling, WhiteShort | BlackShort | BlackLong);
-  EXPECT_EQ(afterMove(Fen, makeCapture(H1, H8, rook)).castling, WhiteLong | BlackLong);
-  EXPECT_EQ(afterMove(Fen, makeCapture(A1, A8, rook)).castling, WhiteShort | BlackShort);
-  EXPECT_EQ(
-      afterMove("r3k3/1P6/8/8/8/8/8/4K3 w q -", withPromotion(makeCapture(B7, A8, rook), Queen))
-          .castling,
-      0);
-  EXPECT_EQ(
-      afterMove("r3k2r/8/8/8/8/8/8/R3K2R b KQkq -", makeQuiet(E8, C8) | CastlingFlag).castling,
-      WhiteShort | WhiteLong);
-}
-
-TEST(MakeMove, CastlingMovesBothPiecesAndCountsAsQuiet) {
-  const Board board =
-      afterMove("r3k2r/8/8/8/8/8/8/R3K2R b KQkq -", makeQuiet(E8, C8) | CastlingFlag);
-  EXPECT_STREQ(getFen(board).text(), "2kr3r/8/8/8/8/8/8/R3K2R w KQ - 1 1");
-  EXPECT_EQ(board.side[Black].kingSquare, C8);
-}
-
-TEST(MakeMove, EnPassantSquareIsSetOnlyBesideAnEnemyPawn) {
-  const Move e4 = makeQuiet(E2, E4) | DoubleStepFlag;
-  EXPECT_EQ(afterMove("4k3/8/8/8/3p4/8/4P3/4K3 w - -", e4).epSquare, E4);
-  EXPECT_EQ(afterMove("4k3/8/8/8/5p2/8/4P3/4K3 w - -", e4).epSquare, E4);
-  EXPECT_EQ(afterMove("4k3/8/8/8/8/8/4P3/4K3 w - -", e4).epSquare, 0);
-  EXPECT_EQ(afterMove("4k3/8/8/8/3n4/8/4P3/4K3 w - -", e4).epSquare, 0);
-  EXPECT_EQ(afterMove("4k3/8/8/8/3P4/8/4P3/4K3 w - -", e4).epSquare, 0);
-  // Not across the edge of the board.
-  EXPECT_EQ(afterMove("4k3/8/8/p7/7p/8/P7/4K3 w - -", makeQuiet(A2, A4) | DoubleStepFlag).epSquare,
-            0);
-  EXPECT_EQ(afterMove("4k3/8/8/8/p7/8/7P/4K3 w - -", makeQuiet(H2, H4) | DoubleStepFlag).epSquare,
-            0);
-  // Good for one move only.
-  Board board = boardOf("4k3/8/8/8/3pP3/8/8/4K3 b - e4");
-  makeMove(board, makeQuiet(E8, E7));
-  EXPECT_EQ(board.epSquare, 0);
-  EXPECT_EQ(board.key, test::slowKey(board));
-}
-
-TEST(MakeMove, EnPassantTakesThePawnBeside) {
-  const Board board = afterMove("4k3/8/8/8/3pP3/8/8/4K3 b - e4",
-                                makeCapture(D4, E3, makeCode(White, Pawn)) | EnPassantFlag);
-  EXPECT_STREQ(getFen(board).text(), "4k3/8/8/8/8/4p3/8/4K3 w - - 0 1");
-}
-
-TEST(UpdateAttackInfo, KingCannotStepBackAlongTheLineOfACheck) {
-  const Board board = boardOf("4r1k1/8/8/8/8/4K3/8/8 w - -");
-  EXPECT_TRUE(contains(board.enemyAttacks, E2));
-  EXPECT_TRUE(contains(board.enemyAttacks, E1));
-}
-
-TEST(UpdateAttackInfo, BlockersStandAloneAndMayBeOfEitherColour) {
-  EXPECT_EQ(boardOf("k3r3/8/8/8/8/8/4N3/4K3 w - -").blockers[White], bit(E2));
-  EXPECT_EQ(boardOf("k3r3/8/8/8/8/4n3/8/4K3 w - -").blockers[White], bit(E3));
-  EXPECT_EQ(boardOf("k3r3/8/8/4P3/8/8/4N3/4K3 w - -").blockers[White], 0u);
-  EXPECT_EQ(boardOf("k3r3/8/8/8/8/8/8/4K3 w - -").blockers[White], 0u);
-  EXPECT_EQ(boardOf("k3b3/8/8/8/8/8/4N3/4K3 w - -").blockers[White], 0u);
-}
-
 TEST(ReplayMoves, ReplaysALineWithNullMoves) {
   test::RandomPositions positions(3);
   for (int i = 0; i < 2000; ++i) {
@@ -214,10 +136,10 @@ TEST(ReplayMoves, ReplaysALineWithNullMoves) {
     Board played = board;
     std::vector<Move> moves;
     for (int k = 0; k < 6; ++k) {
-      Move list[MaxMoves];
-      const auto size = static_cast<std::uint32_t>(generateLegal(played, list) - list);
-      if (size == 0) break;
+      const std::vector<Move> list = test::legalMovesOf(played);
+      if (list.empty()) break;
       const bool pass = !played.isInCheck() && positions.below(4) == 0;
+      const auto size = static_cast<std::uint32_t>(list.size());
       moves.push_back(pass ? NoMove : list[positions.below(size)]);
       pass ? makeNullMove(played) : makeMove(played, moves.back());
       updateAttackInfo(played);

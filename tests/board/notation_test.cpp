@@ -6,10 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "board/fen.h"
 #include "board/make_move.h"
-#include "board/movegen.h"
 #include "support/capture.h"
+#include "support/play.h"
 #include "support/positions.h"
 #include "support/random_positions.h"
 #include "support/reference.h"
@@ -18,6 +17,7 @@
 namespace quill {
 namespace {
 
+using test::boardOf;
 using test::describe;
 
 constexpr char CastlingFen[] = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq -";
@@ -46,16 +46,14 @@ std::string uciText(Move move) {
 
 // The move that the text means in the position, in long form; "%" for none.
 std::string parsed(const char* fen, const char* text) {
-  Board board;
-  EXPECT_TRUE(setFen(board, fen)) << fen;
+  Board board = boardOf(fen);
   return longText(board, parseMove(board, text));
 }
 
 TEST(Notation, ReferenceMovesHaveTheirTexts) {
   for (const auto& position : test::referencePositions()) {
     const auto fen = position["fen"].get<std::string>();
-    Board board;
-    ASSERT_TRUE(setFen(board, fen.c_str())) << fen;
+    Board board = boardOf(fen);
     for (std::size_t i = 0; i < position["bits"].size(); ++i) {
       const Move move = static_cast<Move>(test::parseHex(position["bits"][i]));
       EXPECT_EQ(longText(board, move), position["text"][i].get<std::string>()) << fen;
@@ -64,21 +62,14 @@ TEST(Notation, ReferenceMovesHaveTheirTexts) {
   }
 }
 
-TEST(Notation, MovesThatAreNoStepsHaveTextsOfTheirOwn) {
-  Board board;
-  ASSERT_TRUE(setFen(board, CastlingFen));
-  for (const Move move :
-       {NoMove, makeQuiet(E1, G1) | CastlingFlag, makeQuiet(E8, C8) | CastlingFlag}) {
-    EXPECT_EQ(longText(board, move), sanOf(board, move));
-  }
+TEST(Notation, ThePassHasATextOfItsOwn) {
+  Board board = boardOf(CastlingFen);
   EXPECT_EQ(longText(board, NoMove), "%");
-  EXPECT_EQ(longText(board, makeQuiet(E1, G1) | CastlingFlag), "O-O");
-  EXPECT_EQ(longText(board, makeQuiet(E8, C8) | CastlingFlag), "O-O-O");
+  EXPECT_EQ(sanOf(board, NoMove), "%");
 }
 
 TEST(Notation, LongTextIsTheSameAfterTheMove) {
-  Board board;
-  ASSERT_TRUE(setFen(board, test::StartFen));
+  Board board = boardOf(test::StartFen);
   const Move move = makeQuiet(G1, F3);
   EXPECT_EQ(longText(board, move), "Ng1f3");
   makeMove(board, move);
@@ -105,8 +96,7 @@ TEST(Notation, SanTellsRivalsApartWithTheLeastText) {
        "exd8=N"},
   };
   for (const auto& c : cases) {
-    Board board;
-    ASSERT_TRUE(setFen(board, c.fen));
+    Board board = boardOf(c.fen);
     EXPECT_EQ(sanOf(board, c.move), c.san) << c.fen;
   }
 }
@@ -206,13 +196,11 @@ TEST(ParseMove, EveryTextOfAMoveReadsBackAsTheMove) {
   test::RandomPositions positions(11);
   for (int i = 0; i < test::PropertyPositions / 20; ++i) {
     Board& board = positions.next();
-    Move list[MaxMoves];
-    const Move* end = generateLegal(board, list);
+    const std::vector<Move> moves = test::legalMovesOf(board);
     const Board before = board;
-    for (const Move* move = list; move != end; ++move) {
-      for (const std::string& text :
-           {longText(board, *move), sanOf(board, *move), uciText(*move)}) {
-        ASSERT_EQ(parseMove(board, text.c_str()), *move) << text << " in " << describe(board);
+    for (const Move move : moves) {
+      for (const std::string& text : {longText(board, move), sanOf(board, move), uciText(move)}) {
+        ASSERT_EQ(parseMove(board, text.c_str()), move) << text << " in " << describe(board);
       }
     }
     ASSERT_EQ(test::difference(board, before), "") << describe(board);

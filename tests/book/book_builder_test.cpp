@@ -9,6 +9,7 @@
 
 #include "book_file.h"
 #include "quill_book/book_check.h"
+#include "support/capture.h"
 
 namespace quill {
 namespace {
@@ -24,12 +25,9 @@ constexpr char AfterE4[] = "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq
 
 // What the check says about the file, on one line for each fault.
 std::string complaintsOf(const std::string& path) {
-  std::FILE* out = std::tmpfile();
-  checkBook(path, out);
-  std::string text(static_cast<std::size_t>(std::ftell(out)), '\0');
-  std::rewind(out);
-  EXPECT_EQ(std::fread(text.data(), 1, text.size(), out), text.size());
-  std::fclose(out);
+  test::Capture out;
+  checkBook(path, out.stream());
+  std::string text = out.text();
   for (std::size_t at = text.find(path); at != std::string::npos; at = text.find(path)) {
     text.replace(at, path.size(), "FILE");
   }

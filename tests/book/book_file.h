@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "book/book.h"
+#include "support/positions.h"
 
 namespace quill::test {
 
@@ -56,12 +57,6 @@ inline void appendBigEndian(std::string& bytes, std::uint64_t value, int size) {
   for (int i = size - 1; i >= 0; --i) bytes += static_cast<char>((value >> (8 * i)) & 0xFF);
 }
 
-inline std::uint64_t bigEndianAt(const std::string& bytes, std::size_t at, int size) {
-  std::uint64_t value = 0;
-  for (int i = 0; i < size; ++i) value = value * 256 + static_cast<unsigned char>(bytes[at + i]);
-  return value;
-}
-
 inline std::string headerBytes(unsigned flags, unsigned recordSize, unsigned headerSize = 16) {
   std::string bytes(12, '\0');
   for (const unsigned value : {headerSize, 1u, recordSize, flags})
@@ -98,8 +93,6 @@ inline unsigned recordSizeOf(unsigned flags) {
 inline std::string bookBytes(const std::vector<TestRecord>& records, unsigned flags) {
   return headerBytes(flags, recordSizeOf(flags)) + recordBytes(records, flags);
 }
-
-inline constexpr char StartFen[] = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
 
 inline std::uint64_t lookupKeyOf(const char* fen) { return Book::bookKey(fen)->lookupKey(); }
 

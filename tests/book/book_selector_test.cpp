@@ -9,6 +9,7 @@
 
 #include "book_file.h"
 #include "shell/settings.h"
+#include "support/capture.h"
 
 namespace quill {
 namespace {
@@ -69,13 +70,9 @@ class BookChoice : public testing::Test {
     return result;
   }
   std::string printed(const char* fen) {
-    std::FILE* out = std::tmpfile();
-    selector.printCandidates(fen, out);
-    std::string text(static_cast<std::size_t>(std::ftell(out)), '\0');
-    std::rewind(out);
-    EXPECT_EQ(std::fread(text.data(), 1, text.size(), out), text.size());
-    std::fclose(out);
-    return text;
+    test::Capture out;
+    selector.printCandidates(fen, out.stream());
+    return out.text();
   }
 
   TestFolder folder;

@@ -89,14 +89,6 @@ class Engine:
             if re.search(pattern, line):
                 return line
 
-    def nothing_matches(self, pattern, seconds):
-        """True when no line matches within the time."""
-        try:
-            self.expect(pattern, seconds)
-        except queue.Empty:
-            return True
-        return False
-
     def start_uci(self):
         self.send("uci")
         self.expect("^uciok$")

@@ -6,7 +6,6 @@
 #include <numeric>
 #include <string>
 
-#include "eval/see.h"
 #include "support/play.h"
 #include "support/reference.h"
 
@@ -115,23 +114,6 @@ TEST_F(MoveOrderKillers, ShiftDownWithoutTheMarkAndWithoutRepeating) {
   updateKillers(killers, 9, second);
   EXPECT_EQ(killers[9][0], second);
   EXPECT_EQ(killers[9][1], withoutMark(first));
-}
-
-TEST(MoveOrder, PawnsArrivingOnTheirLastRanksAreGoodEvenWhenTheyLose) {
-  Board board = boardOf("3r2k1/P4p2/4P3/8/8/8/8/K7 w - -");
-  const Order order = orderOf(board, NoKillers, 1);
-  // Four promotions, e6-e7 and e6xf7, each counted once, whatever the exchange says of it.
-  EXPECT_LT(see(board, moveOf(board, "a7a8")), 0);
-  EXPECT_EQ(order.good, 6);
-}
-
-TEST(MoveOrder, LosingCapturesComeBehindQuietMoves) {
-  Board board = boardOf("4k3/8/2p5/3p4/8/8/3Q4/4K3 w - -");
-  std::vector<Move> moves = {moveOf(board, "d2d5"), moveOf(board, "d2d1"), moveOf(board, "d2d4")};
-  const Move* const boundary =
-      orderMoves(board, NoKillers, 1, moves.data(), moves.data() + moves.size(), NoMove);
-  EXPECT_EQ(toOf(moves.back()), D5);
-  EXPECT_EQ(boundary, moves.data());
 }
 
 TEST(MoveOrder, SortingIsASelectionThatLeavesTheTailAlone) {

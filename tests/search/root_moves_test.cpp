@@ -65,19 +65,6 @@ TEST(RootMoves, StartInTheOrderOfTheirExchanges) {
   }
 }
 
-TEST(RootMoves, WithoutALegalMoveRecordZeroTellsTheResult) {
-  test::SearchKit kit;
-  kit.setPosition("7k/6Q1/6K1/8/8/8/8/8 b - -");
-  RootMoveList list;
-  EXPECT_EQ(initRootMoves(list, kit.worker()), 0);
-  EXPECT_EQ(bestScore(list), -30000);
-  EXPECT_EQ(list.bestMove(), NoMove);
-  EXPECT_EQ(list.ponderMove(), NoMove);
-  kit.setPosition("7k/5Q2/6K1/8/8/8/8/8 b - -");
-  EXPECT_EQ(initRootMoves(list, kit.worker()), 0);
-  EXPECT_EQ(bestScore(list), 0);
-}
-
 TEST(RootMoves, PlaceIsFoundAmongTheFirstLines) {
   const struct {
     const char* what;

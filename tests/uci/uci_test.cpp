@@ -212,28 +212,12 @@ TEST_F(Commands, TheLastBlockComesWithoutVariationsToo) {
                            "[0-9]+( nps [0-9]+)? hashfull [0-9]+\nbestmove .*\n"));
 }
 
-TEST_F(Commands, QuitEndsTheProcessWhateverRuns) {
-  send("position startpos");
-  EXPECT_EXIT(
-      {
-        send("go infinite");
-        send("quit");
-      },
-      testing::ExitedWithCode(0), "");
-}
-
 TEST_F(Commands, TheEndOfInputLetsALimitedSearchAnswer) {
   send("position startpos");
   send("go movetime 100");
   uci.finish();
   EXPECT_THAT(answers(), SizeIs(1));
   EXPECT_GE(timeControl.elapsed(), 60u);
-  for (const char* line : {"go infinite", "go ponder wtime 60000 btime 60000"}) {
-    send("position startpos");
-    send(line);
-    uci.finish();
-    EXPECT_THAT(answers(), SizeIs(1)) << line;
-  }
 }
 
 }  // namespace
