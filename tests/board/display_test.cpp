@@ -48,21 +48,12 @@ std::vector<std::string> historyOf(const Board& board) {
 
 std::string materialOf(const char* fen) { return linesOf(printed(boardOf(fen)))[16].substr(36); }
 
-Board play(const char* fen, std::initializer_list<const char*> moves) {
-  Board board = boardOf(fen);
-  for (const char* text : moves) {
-    const Move move = parseMove(board, text);
-    EXPECT_NE(move, NoMove) << text;
-    makeMove(board, move);
-    updateAttackInfo(board);
-  }
-  return board;
-}
-
 using Lines = std::vector<std::string>;
 
 TEST(Display, ShowsPiecesHistoryMaterialFenAndKeys) {
-  EXPECT_EQ(printed(play(test::StartFen, {"Nf3", "Nf6", "Ng1", "Ng8"})), R"(
+  Board board = boardOf(test::StartFen);
+  test::playMoves(board, "Nf3 Nf6 Ng1 Ng8");
+  EXPECT_EQ(printed(board), R"(
    +---+---+---+---+---+---+---+---+
  8 |*r*|*n*|*b*|*q*|*k*|*b*|*n*|*r*|   1. Nf3   Nf6  
    +---+---+---+---+---+---+---+---+   2. Ng1   Ng8  
@@ -105,7 +96,9 @@ TEST(Display, MaterialSummaryNamesTheSurplus) {
 
 // Only with the pawn back on d7 is the other rook shut off, so that the first move needs no file.
 TEST(Display, EnPassantInTheHistoryIsTakenBackWhereItHappened) {
-  EXPECT_EQ(historyOf(play("4k3/r2p3r/8/4P3/8/8/8/4K3 b - -", {"Rab7", "Ke2", "d5", "exd6"})),
+  Board board = boardOf("4k3/r2p3r/8/4P3/8/8/8/4K3 b - -");
+  test::playMoves(board, "Rab7 Ke2 d5 exd6");
+  EXPECT_EQ(historyOf(board),
             (Lines{"   1. Rb7   Ke2  ", "   2. d5    exd6 ", "   3. ...        "}));
 }
 

@@ -128,27 +128,5 @@ TEST(MakeMove, NullMovePassesTheTurnAndIsTakenBack) {
   }
 }
 
-TEST(ReplayMoves, ReplaysALineWithNullMoves) {
-  test::RandomPositions positions(3);
-  for (int i = 0; i < 2000; ++i) {
-    Board& board = positions.next();
-    const Board before = board;
-    Board played = board;
-    std::vector<Move> moves;
-    for (int k = 0; k < 6; ++k) {
-      const std::vector<Move> list = test::legalMovesOf(played);
-      if (list.empty()) break;
-      const bool pass = !played.isInCheck() && positions.below(4) == 0;
-      const auto size = static_cast<std::uint32_t>(list.size());
-      moves.push_back(pass ? NoMove : list[positions.below(size)]);
-      pass ? makeNullMove(played) : makeMove(played, moves.back());
-      updateAttackInfo(played);
-    }
-    replayMoves(board, moves);
-    ASSERT_EQ(test::difference(board, played), "") << describe(before);
-    board = before;
-  }
-}
-
 }  // namespace
 }  // namespace quill

@@ -44,12 +44,6 @@ std::string legalTexts(const char* fen) {
   return all;
 }
 
-std::vector<Move> bitsOf(const nlohmann::json& hex) {
-  std::vector<Move> moves;
-  for (const auto& bits : hex) moves.push_back(static_cast<Move>(test::parseHex(bits)));
-  return moves;
-}
-
 bool isGenerated(const std::vector<Move>& moves, Move move) {
   return std::any_of(moves.begin(), moves.end(), [move](Move m) { return isSameMove(m, move); });
 }
@@ -58,9 +52,9 @@ TEST(MoveGen, OrderOfMovesIsTheReferenceOrder) {
   for (const auto& position : test::referencePositions()) {
     const auto fen = position["fen"].get<std::string>();
     Board board = boardOf(fen);
-    EXPECT_EQ(legalMovesOf(board), bitsOf(position["bits"])) << fen;
+    EXPECT_EQ(legalMovesOf(board), test::movesIn(position["bits"])) << fen;
     if (board.isInCheck()) continue;
-    EXPECT_EQ(captures(board, board.enemy().bb[0]), bitsOf(position["captures"])) << fen;
+    EXPECT_EQ(captures(board, board.enemy().bb[0]), test::movesIn(position["captures"])) << fen;
   }
 }
 

@@ -13,6 +13,7 @@
 #include "board/movegen.h"
 #include "board/notation.h"
 #include "support/capture.h"
+#include "support/play.h"
 #include "support/positions.h"
 #include "support/random_positions.h"
 #include "support/slow_rules.h"
@@ -67,19 +68,17 @@ std::vector<Move> sortedWithoutEnPassant(std::vector<Move> moves) {
 // Calls everything that takes a position and checks what must hold for any that setFen accepts.
 void exercise(Board& board, test::RandomPositions& random, int depth) {
   ASSERT_TRUE(isConsistent(board)) << describe(board);
-  Move list[MaxMoves];
-  const Move* end = generateLegal(board, list);
+  const std::vector<Move> moves = test::legalMovesOf(board);
   const Board before = board;
-  ASSERT_EQ(sortedWithoutEnPassant({list, list + (end - list)}),
-            sortedWithoutEnPassant(test::slowLegalMoves(board)))
+  ASSERT_EQ(sortedWithoutEnPassant(moves), sortedWithoutEnPassant(test::slowLegalMoves(board)))
       << describe(board);
   for (int i = 0; i < 20; ++i) {
-    const Move base = end != list && i % 4 != 0
-                          ? list[random.below(static_cast<std::uint32_t>(end - list))]
+    const Move base = !moves.empty() && i % 4 != 0
+                          ? moves[random.below(static_cast<std::uint32_t>(moves.size()))]
                           : random.bits();
     const Move move = base ^ (i % 2 == 0 ? 1u << random.below(32) : 0);
     const bool generated =
-        std::any_of(list, const_cast<Move*>(end), [move](Move m) { return isSameMove(m, move); });
+        std::any_of(moves.begin(), moves.end(), [move](Move m) { return isSameMove(m, move); });
     ASSERT_EQ(isLegalMove(board, move), generated) << describe(board) << std::hex << ' ' << move;
   }
   if (!board.isInCheck()) {
@@ -90,26 +89,26 @@ void exercise(Board& board, test::RandomPositions& random, int depth) {
     }
   }
   const UndoInfo undo = board;
-  for (const Move* move = list; move != end; ++move) {
-    ASSERT_TRUE(isLegalMove(board, *move)) << describe(board) << std::hex << ' ' << *move;
-    ASSERT_NE(capturedType(*move), King) << describe(board);
-    makeMove(board, *move);
+  for (const Move move : moves) {
+    ASSERT_TRUE(isLegalMove(board, move)) << describe(board) << std::hex << ' ' << move;
+    ASSERT_NE(capturedType(move), King) << describe(board);
+    makeMove(board, move);
     updateAttackInfo(board);
     ASSERT_TRUE(isConsistent(board)) << describe(board);
     ASSERT_FALSE(contains(attacksBy(board, board.stm), board.enemy().kingSquare))
         << describe(board);
     if (depth > 0 && random.below(16) == 0) exercise(board, random, depth - 1);
-    unmakeMove(board, *move, undo);
-    ASSERT_EQ(test::difference(board, before), "") << describe(board) << std::hex << ' ' << *move;
+    unmakeMove(board, move, undo);
+    ASSERT_EQ(test::difference(board, before), "") << describe(board) << std::hex << ' ' << move;
   }
   char text[MoveTextSize];
   const Move any = random.bits();
   moveToText(board, text, any);
   moveToSan(board, text, any);
   parseMove(board, text);
-  if (end != list) {
-    moveToSan(board, text, list[0]);
-    ASSERT_EQ(parseMove(board, text), list[0]) << describe(board) << ' ' << text;
+  if (!moves.empty()) {
+    moveToSan(board, text, moves[0]);
+    ASSERT_EQ(parseMove(board, text), moves[0]) << describe(board) << ' ' << text;
   }
 }
 

@@ -4,12 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
 #include <random>
 #include <sstream>
 
 #include "book_file.h"
 #include "quill_book/book_check.h"
-#include "support/capture.h"
 
 namespace quill {
 namespace {

@@ -1,46 +1,16 @@
 // A builder of book files for tests, written from the file format alone.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "book/book.h"
+#include "support/capture.h"
 #include "support/positions.h"
 
 namespace quill::test {
-
-// A folder of the test's own that goes away with it.
-class TestFolder {
- public:
-  TestFolder() {
-    path_ = std::filesystem::temp_directory_path() /
-            ("quill_book_test_" + std::to_string(::getpid()) + "_" + std::to_string(counter_++));
-    std::filesystem::create_directories(path_);
-  }
-  ~TestFolder() {
-    std::error_code error;
-    std::filesystem::remove_all(path_, error);
-  }
-  TestFolder(const TestFolder&) = delete;
-  TestFolder& operator=(const TestFolder&) = delete;
-
-  std::string file(const std::string& name) const { return (path_ / name).string(); }
-  std::string write(const std::string& name, const std::string& bytes) const {
-    std::ofstream(file(name), std::ios::binary) << bytes;
-    return file(name);
-  }
-
- private:
-  inline static int counter_ = 0;
-  std::filesystem::path path_;
-};
 
 // One record; the squares are given as text (e2e4).
 struct TestRecord {

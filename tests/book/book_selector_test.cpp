@@ -9,7 +9,6 @@
 
 #include "book_file.h"
 #include "shell/settings.h"
-#include "support/capture.h"
 
 namespace quill {
 namespace {

@@ -5,13 +5,11 @@
 #include <fstream>
 #include <set>
 
-#include "board/board.h"
 #include "board/fen.h"
-#include "board/make_move.h"
-#include "board/notation.h"
 #include "book/book_selector.h"
 #include "book_file.h"
 #include "quill_book/book_builder.h"
+#include "support/play.h"
 
 namespace quill {
 namespace {
@@ -35,23 +33,14 @@ class DefaultBook : public testing::Test {
     ASSERT_TRUE(book_.open(path.c_str()));
   }
 
-  static std::string fenAfter(const std::vector<std::string>& moves) {
-    Board board;
-    setFen(board, StartPosition);
-    for (const std::string& text : moves) {
-      makeMove(board, parseMove(board, text.c_str()));
-      updateAttackInfo(board);
-    }
-    return getFen(board).text();
-  }
-
   // The moves that the settings' defaults let the engine play.
-  std::set<std::string> playable(const std::vector<std::string>& moves) {
-    const std::string fen = fenAfter(moves);
+  std::set<std::string> playable(const std::string& moves) {
+    Board board = test::boardOf(test::StartFen);
+    test::playMoves(board, moves);
     std::set<std::string> found;
-    const int n = book_.loadCandidates(fen.c_str());
+    const int n = book_.loadCandidates(getFen(board).text());
     if (n == 0) return found;
-    const auto rows = selector_.choose(n, moves.size() % 2 == 1);
+    const auto rows = selector_.choose(n, board.stm == Black);
     for (int i = 0; i < n; ++i) {
       if (rows[i].pick > 0) found.insert(Book::moveText(book_.candidates()[i]).data());
     }
@@ -64,24 +53,21 @@ class DefaultBook : public testing::Test {
 };
 
 TEST_F(DefaultBook, DefaultsPlaySeveralFirstMovesAndAnswerEachOfThem) {
-  EXPECT_GE(playable({}).size(), 3u);
+  EXPECT_GE(playable("").size(), 3u);
   for (const char* first : {"e4", "d4", "c4", "Nf3"}) {
-    EXPECT_GE(playable({first}).size(), 2u) << "after 1. " << first;
+    EXPECT_GE(playable(first).size(), 2u) << "after 1. " << first;
   }
 }
 
 TEST_F(DefaultBook, UsualLinesAreHeldTenPliesDeep) {
-  const std::vector<std::vector<std::string>> lines = {
-      {"e4", "e5", "Nf3", "Nc6", "Bb5", "a6", "Ba4", "Nf6", "O-O", "Be7"},
-      {"e4", "c5", "Nf3", "d6", "d4", "cxd4", "Nxd4", "Nf6", "Nc3", "a6"},
-      {"e4", "e6", "d4", "d5", "Nc3", "Bb4", "e5", "c5", "a3", "Bxc3+"},
-      {"e4", "c6", "d4", "d5", "Nc3", "dxe4", "Nxe4", "Bf5", "Ng3", "Bg6"},
-      {"d4", "d5", "c4", "e6", "Nc3", "Nf6", "Bg5", "Be7", "e3", "O-O"},
-      {"d4", "Nf6", "c4", "g6", "Nc3", "Bg7", "e4", "d6", "Nf3", "O-O"},
-      {"c4", "e5", "Nc3", "Nf6", "Nf3", "Nc6", "g3", "d5", "cxd5", "Nxd5"},
-      {"Nf3", "d5", "g3", "Nf6", "Bg2", "e6", "O-O", "Be7", "d3", "O-O"}};
-  for (const std::vector<std::string>& line : lines) {
-    EXPECT_GT(book_.loadCandidates(fenAfter(line).c_str()), 0) << fenAfter(line);
+  for (const char* line :
+       {"e4 e5 Nf3 Nc6 Bb5 a6 Ba4 Nf6 O-O Be7", "e4 c5 Nf3 d6 d4 cxd4 Nxd4 Nf6 Nc3 a6",
+        "e4 e6 d4 d5 Nc3 Bb4 e5 c5 a3 Bxc3+", "e4 c6 d4 d5 Nc3 dxe4 Nxe4 Bf5 Ng3 Bg6",
+        "d4 d5 c4 e6 Nc3 Nf6 Bg5 Be7 e3 O-O", "d4 Nf6 c4 g6 Nc3 Bg7 e4 d6 Nf3 O-O",
+        "c4 e5 Nc3 Nf6 Nf3 Nc6 g3 d5 cxd5 Nxd5", "Nf3 d5 g3 Nf6 Bg2 e6 O-O Be7 d3 O-O"}) {
+    Board board = test::boardOf(test::StartFen);
+    test::playMoves(board, line);
+    EXPECT_GT(book_.loadCandidates(getFen(board).text()), 0) << line;
   }
 }
 
@@ -90,15 +76,12 @@ TEST_F(DefaultBook, DrawnLinesLastForSeveralMoves) {
   constexpr int Lines = 200;
   int plies = 0;
   for (int i = 0; i < Lines; ++i) {
-    Board board;
-    setFen(board, StartPosition);
+    Board board = test::boardOf(test::StartFen);
     for (; board.ply < 24; ++plies) {
       const auto entry = selector_.probe(getFen(board).text());
       if (!entry) break;
-      const Move move = parseMove(board, Book::moveText(*entry).data());
-      ASSERT_NE(move, NoMove) << getFen(board).text();
-      makeMove(board, move);
-      updateAttackInfo(board);
+      test::playMoves(board, Book::moveText(*entry).data());
+      ASSERT_FALSE(HasFatalFailure());
     }
   }
   RecordProperty("pliesOf200Lines", plies);

@@ -68,12 +68,6 @@ class Sequences(SessionTest):
         self.assertEqual(len(result.answers()), 100)
         self.assertNotIn("0000", "".join(result.answers()))
 
-    def test_every_go_is_answered_once(self):
-        text = "uci\nposition startpos\n" + "go infinite\ngo movetime 50\ngo ponder\n" * 20
-        result = self.run_session(text)
-        self.assertEqual(result.status, 0)
-        self.assertEqual(len(result.answers()), 60)
-
     def test_go_at_once_behind_bestmove(self):
         engine = self.start()
         engine.start_uci()

@@ -15,14 +15,9 @@ namespace {
 using test::boardOf;
 using test::legalMovesOf;
 using test::moveOf;
+using test::movesIn;
 
 const KillerTable NoKillers{};
-
-std::vector<Move> movesIn(const nlohmann::json& bits) {
-  std::vector<Move> moves;
-  for (const auto& text : bits) moves.push_back(static_cast<Move>(test::parseHex(text)));
-  return moves;
-}
 
 // The moves in the order of orderMoves, and how many of them are good.
 struct Order {

@@ -31,12 +31,21 @@ class QuiescenceTest : public testing::Test {
     return kit.quietScoreAt(1, checkDepth);
   }
 
-  // Nodes searched, the node itself included, with alpha right at the evaluation.
-  std::uint64_t nodesOf(const std::string& fen, int checkDepth = 0) {
+  // The score, relative to the evaluation, and the nodes searched, the node itself included, with
+  // alpha so far above the evaluation.
+  struct Result {
+    int gain;
+    std::uint64_t nodes;
+    bool operator==(const Result&) const = default;
+  };
+  Result resultAt(const std::string& fen, int above, int checkDepth = 0) {
     set(fen);
-    const int alpha = eval();
-    kit.quietScoreAt(1, checkDepth, alpha, alpha + 1, Cut);
-    return qnodes();
+    const int value = eval();
+    const int score = kit.quietScoreAt(1, checkDepth, value + above, value + above + 1, Cut);
+    return {score - value, qnodes()};
+  }
+  std::uint64_t nodesOf(const std::string& fen, int checkDepth = 0) {
+    return resultAt(fen, 0, checkDepth).nodes;
   }
 
   test::SearchKit kit;
@@ -78,37 +87,24 @@ TEST_F(QuiescenceTest, OnlyCapturesThatMayLoseAreWeighed) {
 TEST_F(QuiescenceTest, WindowFarAboveLeavesOnlyGreatCaptures) {
   // White is to take a pawn, a knight or a rook; the enemy has pieces enough.
   constexpr char Fen[] = "1r4k1/5ppp/8/3n4/2P5/B7/5PPP/R5K1 w - -";
-  set(Fen);
-  const int value = eval();
   // Need above 1199: nothing is tried, though the knight hangs.
-  EXPECT_EQ(kit.quietScoreAt(1, 0, value + 1200, value + 1201, Cut), value + 1150);
-  EXPECT_EQ(qnodes(), 1u);
+  EXPECT_EQ(resultAt(Fen, 1200), (Result{1150, 1}));
   // Need up to 1199: queens only; there is none.
-  set(Fen);
-  EXPECT_EQ(kit.quietScoreAt(1, 0, value + 1199, value + 1200, Cut), value + 1149);
-  EXPECT_EQ(qnodes(), 1u);
+  EXPECT_EQ(resultAt(Fen, 1199), (Result{1149, 1}));
   // Need up to 499: the knight is worth it.
-  set(Fen);
-  kit.quietScoreAt(1, 0, value + 500, value + 501, Cut);
-  EXPECT_EQ(qnodes(), 1u);
-  set(Fen);
-  kit.quietScoreAt(1, 0, value + 499, value + 500, Cut);
-  EXPECT_GT(qnodes(), 1u);
+  EXPECT_EQ(resultAt(Fen, 500).nodes, 1u);
+  EXPECT_GT(resultAt(Fen, 499).nodes, 1u);
 }
 
 TEST_F(QuiescenceTest, PawnAboutToPromoteIsTakenHoweverFarBehind) {
-  set("1r4k1/3n1ppp/8/8/8/8/p4PPP/R5K1 w - -");
-  const int value = eval();
-  kit.quietScoreAt(1, 0, value + 1199, value + 1200, Cut);
-  EXPECT_GT(qnodes(), 1u);
+  EXPECT_GT(resultAt("1r4k1/3n1ppp/8/8/8/8/p4PPP/R5K1 w - -", 1199).nodes, 1u);
 }
 
 TEST_F(QuiescenceTest, NoDeltaPruningInAnEndgame) {
   // The enemy has one piece only.
-  set("6k1/5ppp/8/3n4/2P5/8/5PPP/R5K1 w - -");
-  const int value = eval();
-  EXPECT_GT(kit.quietScoreAt(1, 0, value + 1200, value + 1201, Cut), value + 1150 - 1000);
-  EXPECT_GT(qnodes(), 1u) << "the capture was tried";
+  const Result result = resultAt("6k1/5ppp/8/3n4/2P5/8/5PPP/R5K1 w - -", 1200);
+  EXPECT_GT(result.gain, 1150 - 1000);
+  EXPECT_GT(result.nodes, 1u) << "the capture was tried";
 }
 
 TEST_F(QuiescenceTest, QuietHashMoveIsSearchedToo) {
@@ -147,17 +143,10 @@ TEST_F(QuiescenceTest, ChecksAreTriedInTheFirstTwoPlies) {
 
 TEST_F(QuiescenceTest, QuietEvasionsAreLeftOutFarBelowAlpha) {
   constexpr char Fen[] = "6k1/5ppp/8/8/8/7P/8/r5K1 w - -";
-  set(Fen);
-  const int value = eval();
-  EXPECT_EQ(kit.quietScoreAt(1, 0, value + 51, value + 52, Cut), value + 50);
-  EXPECT_EQ(qnodes(), 1u);
-  set(Fen);
-  kit.quietScoreAt(1, 0, value + 50, value + 51, Cut);
-  EXPECT_GT(qnodes(), 1u) << "not far enough";
+  EXPECT_EQ(resultAt(Fen, 51), (Result{50, 1}));
+  EXPECT_GT(resultAt(Fen, 50).nodes, 1u) << "not far enough";
   // The only evasion is always searched.
-  set("6k1/5ppp/8/8/8/7P/5PP1/r5K1 w - -");
-  kit.quietScoreAt(1, 0, value + 5000, value + 5001, Cut);
-  EXPECT_GT(qnodes(), 1u);
+  EXPECT_GT(resultAt("6k1/5ppp/8/8/8/7P/5PP1/r5K1 w - -", 5000).nodes, 1u);
 }
 
 TEST_F(QuiescenceTest, TableEntryOfItsDepthDecides) {
@@ -177,12 +166,7 @@ TEST_F(QuiescenceTest, TableEntryOfItsDepthDecides) {
 }
 
 TEST_F(QuiescenceTest, ThreatenedSideDoesNotTrustItsEvaluation) {
-  const auto nodesFarAhead = [this](const char* fen) {
-    set(fen);
-    const int value = eval();
-    kit.quietScoreAt(1, 2, value - 100, value - 99, Cut);
-    return qnodes();
-  };
+  const auto nodesFarAhead = [this](const char* fen) { return resultAt(fen, -100, 2).nodes; };
   EXPECT_GT(nodesFarAhead("3r2k1/5ppp/8/8/8/8/Q4PPP/6K1 w - -"), 1u) << "mate on the back rank";
   EXPECT_EQ(nodesFarAhead("3r2k1/5ppp/8/8/8/7P/Q4PP1/6K1 w - -"), 1u) << "no threat";
   EXPECT_GT(nodesFarAhead("6k1/5ppp/8/8/2p5/1N1N4/5PPP/6K1 w - -"), 1u) << "a fork";

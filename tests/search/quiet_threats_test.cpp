@@ -56,10 +56,7 @@ TEST(QuietThreats, TheDearerTheTargetTheLargerTheMarginAtWhichItCounts) {
 
 TEST(QuietThreats, LinesThatTheLastTwoMovesOpenedAreWorthUsing) {
   Board board = boardOf("k7/p7/8/8/8/8/3B4/R2QK3 w - -");
-  for (const char* squares : {"d2h6", "a7a6"}) {
-    makeMove(board, moveOf(board, squares));
-    updateAttackInfo(board);
-  }
+  test::playMoves(board, "d2h6 a7a6");
   EXPECT_EQ(flagOf(board, "d1d3", 2000), Threatens) << "through d2";
   makeMove(board, moveOf(board, "h6f4"));
   makeNullMove(board);

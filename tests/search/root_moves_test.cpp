@@ -18,7 +18,7 @@ using testing::ElementsAre;
 struct Record {
   int score;
   int depth;
-  int nodes;
+  int nodes = 0;
 };
 
 // A list whose move number i is i + 1, in this order.
@@ -67,49 +67,29 @@ TEST(RootMoves, StartInTheOrderOfTheirExchanges) {
 
 TEST(RootMoves, PlaceIsFoundAmongTheFirstLines) {
   const struct {
-    const char* what;
     std::vector<Record> records;
     int multiPv, slot, newSlot;
     std::vector<Move> order;
   } cases[] = {
-      {"a later move always takes the first place of one line",
-       {{50, 2, 0}, {40, 1, 0}, {30, 2, 0}},
-       1,
-       2,
-       0,
-       {3, 1, 2}},
-      {"the first move stays", {{50, 2, 0}, {90, 1, 0}}, 1, 0, 0, {1, 2}},
-      {"a later move enters at its score",
-       {{50, 2, 0}, {30, 2, 0}, {10, 2, 0}, {5, 1, 0}, {40, 2, 0}},
-       3,
-       4,
-       1,
-       {1, 5, 2, 3, 4}},
-      {"the worst of the lines is displaced even by less",
-       {{50, 2, 0}, {30, 2, 0}, {10, 2, 0}, {5, 2, 0}},
-       3,
-       3,
-       2,
-       {1, 2, 4, 3}},
-      {"on equal scores the earlier one stays ahead",
-       {{50, 2, 0}, {30, 2, 0}, {10, 1, 0}, {30, 2, 0}},
-       3,
-       3,
-       2,
-       {1, 2, 4, 3}},
-      {"a line that fell moves down behind what was searched as deep",
-       {{10, 2, 0}, {30, 2, 0}, {20, 2, 0}, {90, 1, 0}},
-       3,
-       0,
-       2,
-       {2, 3, 1, 4}},
-      {"but not behind older scores", {{10, 2, 0}, {30, 1, 0}, {20, 2, 0}}, 3, 0, 0, {1, 2, 3}},
-      {"more lines than moves", {{10, 2, 0}, {30, 2, 0}}, 9, 1, 0, {2, 1}},
+      // A later move always takes the first place of one line; the first move stays.
+      {{{50, 2}, {40, 1}, {30, 2}}, 1, 2, 0, {3, 1, 2}},
+      {{{50, 2}, {90, 1}}, 1, 0, 0, {1, 2}},
+      // A later move enters at its score, and displaces the worst of the lines even with less.
+      {{{50, 2}, {30, 2}, {10, 2}, {5, 1}, {40, 2}}, 3, 4, 1, {1, 5, 2, 3, 4}},
+      {{{50, 2}, {30, 2}, {10, 2}, {5, 2}}, 3, 3, 2, {1, 2, 4, 3}},
+      // On equal scores the earlier one stays ahead.
+      {{{50, 2}, {30, 2}, {10, 1}, {30, 2}}, 3, 3, 2, {1, 2, 4, 3}},
+      // A line that fell moves down behind what was searched as deep, not behind older scores.
+      {{{10, 2}, {30, 2}, {20, 2}, {90, 1}}, 3, 0, 2, {2, 3, 1, 4}},
+      {{{10, 2}, {30, 1}, {20, 2}}, 3, 0, 0, {1, 2, 3}},
+      // More lines than moves.
+      {{{10, 2}, {30, 2}}, 9, 1, 0, {2, 1}},
   };
   for (const auto& c : cases) {
     RootMoveList list = listOf(c.records);
-    EXPECT_EQ(placeRootMove(list, c.multiPv, c.slot), c.newSlot) << c.what;
-    EXPECT_EQ(movesOf(list), c.order) << c.what;
+    SCOPED_TRACE("case " + std::to_string(&c - cases));
+    EXPECT_EQ(placeRootMove(list, c.multiPv, c.slot), c.newSlot);
+    EXPECT_EQ(movesOf(list), c.order);
   }
 }
 
@@ -127,7 +107,7 @@ TEST(RootMoves, TailIsSortedByNodesAndTheLinesStay) {
 }
 
 TEST(RootMoves, LowestLineIsAmongTheLinesAlone) {
-  const RootMoveList list = listOf({{50, 1, 0}, {70, 1, 0}, {-300, 1, 0}});
+  const RootMoveList list = listOf({{50, 1}, {70, 1}, {-300, 1}});
   EXPECT_EQ(bestScore(list), 50);
   EXPECT_EQ(lowestPvScore(list, 0), 50);
   EXPECT_EQ(lowestPvScore(list, 2), 50);

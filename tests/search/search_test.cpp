@@ -24,13 +24,7 @@ constexpr unsigned ZeroWindow = CutNode | NullOk;
 
 class SearchTest : public testing::Test {
  protected:
-  // Plays moves written in coordinates, one blank apart.
-  void play(const std::string& moves) {
-    for (std::size_t at = 0; at < moves.size(); at += 5) {
-      makeMove(kit.board(), moveOf(kit.board(), moves.substr(at, 4)));
-      updateAttackInfo(kit.board());
-    }
-  }
+  void play(const std::string& moves) { test::playMoves(kit.board(), moves); }
 
   int scoreOf(const std::string& fen, int ply, int depth) {
     kit.setPosition(fen);

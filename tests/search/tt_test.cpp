@@ -31,6 +31,15 @@ class TtTest : public testing::Test {
     tt().storeScore(worker(), bound, depth, 0, score, move, eval);
   }
 
+  // Stores a result for each depth, of positions with the ids from 1 up that share a home.
+  void fill(std::uint32_t home, std::initializer_list<int> depths) {
+    std::uint32_t id = 0;
+    for (const int depth : depths) {
+      be(home, ++id);
+      store(ExactBound, depth, 0);
+    }
+  }
+
   bool isKnown() {
     TtEntry entry;
     return tt().probe(worker(), entry);
@@ -158,11 +167,7 @@ TEST_F(TtTest, ResultWithoutAMoveKeepsTheOldMoveOfItsPosition) {
 }
 
 TEST_F(TtTest, ShallowestEntryOfTheBucketGivesWay) {
-  const int depths[] = {7, 3, 3, 9};
-  for (std::uint32_t id = 0; id < 4; ++id) {
-    be(0, id + 1);
-    store(ExactBound, depths[id], 0);
-  }
+  fill(0, {7, 3, 3, 9});
   be(0, 10);
   store(ExactBound, 1, 0);
   for (std::uint32_t id = 1; id <= 4; ++id) {
@@ -172,11 +177,7 @@ TEST_F(TtTest, ShallowestEntryOfTheBucketGivesWay) {
 }
 
 TEST_F(TtTest, StaleEntryGivesWayBeforeAnyCurrentOne) {
-  const int depths[] = {7, 3, 100, 9};
-  for (std::uint32_t id = 0; id < 4; ++id) {
-    be(0, id + 1);
-    store(ExactBound, depths[id], 0);
-  }
+  fill(0, {7, 3, 100, 9});
   tt().newSearch();
   // A hit makes an old entry current again.
   for (const std::uint32_t id : {1, 2, 4}) {
@@ -210,10 +211,7 @@ TEST_F(TtTest, BucketIsVisitedFromTheHomeEntryOn) {
 
 TEST_F(TtTest, StoresAreCountedByWhatTheyMeet) {
   const SearchStats& stats = worker().stats;
-  for (std::uint32_t id = 1; id <= 5; ++id) {
-    be(0, id);
-    store(ExactBound, 5, 0);
-  }
+  fill(0, {5, 5, 5, 5, 5});
   EXPECT_EQ(stats.ttNew, 5u);
   EXPECT_EQ(stats.ttOverwrites, 1u) << "the fifth displaced a current entry";
   EXPECT_EQ(kit.pool.ttFilled(), 4u);
@@ -236,10 +234,7 @@ TEST_F(TtTest, EntryWithAnIllegalMoveIsPassedOver) {
 }
 
 TEST_F(TtTest, RemoveEmptiesThePositionAlone) {
-  be(0, 1);
-  store(ExactBound, 5, 0);
-  be(0, 2);
-  store(ExactBound, 5, 0);
+  fill(0, {5, 5});
   EXPECT_TRUE(tt().remove(worker()));
   EXPECT_FALSE(isKnown());
   EXPECT_FALSE(tt().remove(worker()));

@@ -10,13 +10,13 @@ namespace quill {
 namespace {
 
 using test::Capture;
-using test::TempFile;
+using test::TestFolder;
 
 // What dump says after loading a file with the given bytes.
 std::string loaded(const std::string& bytes) {
-  const TempFile file(bytes);
+  const TestFolder folder;
   Settings settings;
-  EXPECT_TRUE(settings.load(file.path()));
+  EXPECT_TRUE(settings.load(folder.write("quill.ini", bytes).c_str()));
   Capture out;
   settings.dump(out.stream());
   return out.text();

@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 #include "shell/log.h"
 
@@ -41,37 +43,39 @@ LogCapture::LogCapture() { setLogStream(stream()); }
 
 LogCapture::~LogCapture() { setLogStream(stdout); }
 
-StreamCapture::StreamCapture(std::FILE* stream)
-    : stream_(stream), file_(std::tmpfile()), saved_(dup(fileno(stream))) {
+StreamCapture::StreamCapture(std::FILE* stream) : stream_(stream), saved_(dup(fileno(stream))) {
   std::fflush(stream_);
-  dup2(fileno(file_), fileno(stream_));
+  dup2(fileno(file_.stream()), fileno(stream_));
 }
 
 StreamCapture::~StreamCapture() {
   std::fflush(stream_);
   dup2(saved_, fileno(stream_));
   close(saved_);
-  std::fclose(file_);
 }
 
 std::string StreamCapture::text() {
   std::fflush(stream_);
-  return readAll(file_, taken_);
+  return file_.text();
 }
 
 std::string StreamCapture::take() {
-  std::string result = text();
-  taken_ += result.size();
-  return result;
+  std::fflush(stream_);
+  return file_.take();
 }
 
-TempFile::TempFile(const std::string& bytes) : path_(testing::TempDir() + "quill_test_XXXXXX") {
-  const int descriptor = mkstemp(path_.data());
-  EXPECT_GE(descriptor, 0);
-  EXPECT_EQ(write(descriptor, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-  close(descriptor);
+TestFolder::TestFolder() : path_(testing::TempDir() + "quill_test_XXXXXX") {
+  EXPECT_NE(mkdtemp(path_.data()), nullptr);
 }
 
-TempFile::~TempFile() { std::remove(path_.c_str()); }
+TestFolder::~TestFolder() {
+  std::error_code error;
+  std::filesystem::remove_all(path_, error);
+}
+
+std::string TestFolder::write(const std::string& name, const std::string& bytes) const {
+  std::ofstream(file(name), std::ios::binary) << bytes;
+  return file(name);
+}
 
 }  // namespace quill::test

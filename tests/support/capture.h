@@ -44,20 +44,21 @@ class StreamCapture {
 
  private:
   std::FILE* stream_;
-  std::size_t taken_ = 0;
-  std::FILE* file_;
+  Capture file_;
   int saved_;  // descriptor of the stream's real target
 };
 
-// A file with the given bytes, removed at the end.
-class TempFile {
+// A folder of the test's own that goes away with it.
+class TestFolder {
  public:
-  explicit TempFile(const std::string& bytes);
-  ~TempFile();
-  TempFile(const TempFile&) = delete;
-  TempFile& operator=(const TempFile&) = delete;
+  TestFolder();
+  ~TestFolder();
+  TestFolder(const TestFolder&) = delete;
+  TestFolder& operator=(const TestFolder&) = delete;
 
-  const char* path() const { return path_.c_str(); }
+  std::string file(const std::string& name) const { return path_ + '/' + name; }
+  // Gives the file these bytes; answers its path.
+  std::string write(const std::string& name, const std::string& bytes) const;
 
  private:
   std::string path_;

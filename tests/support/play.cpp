@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "board/fen.h"
+#include "board/make_move.h"
 #include "board/movegen.h"
+#include "board/notation.h"
 
 namespace quill::test {
 
@@ -26,6 +30,16 @@ Move moveOf(Board& board, const std::string& squares) {
   }
   ADD_FAILURE() << squares << " is not legal in " << getFen(board).text();
   return NoMove;
+}
+
+void playMoves(Board& board, const std::string& texts) {
+  std::istringstream words(texts);
+  for (std::string text; words >> text;) {
+    const Move move = parseMove(board, text.c_str());
+    ASSERT_NE(move, NoMove) << text << " in " << getFen(board).text();
+    makeMove(board, move);
+    updateAttackInfo(board);
+  }
 }
 
 std::vector<Move> legalMovesOf(Board& board) {

@@ -11,9 +11,12 @@ namespace quill::test {
 // The position of the FEN, attack information valid. A bad FEN fails the test.
 Board boardOf(const std::string& fen);
 
-// The legal move with these squares ("e2e4"); of promotions the queen's, unless a fifth letter names
-// another ("e7e8n"). Without such a move the test fails and the result is 0.
+// The legal move with these squares ("e2e4"); of promotions the queen's, unless a fifth letter
+// names another ("e7e8n"). Without such a move the test fails and the result is 0.
 Move moveOf(Board& board, const std::string& squares);
+
+// Plays moves written in any form, a blank between them. An illegal one fails the test.
+void playMoves(Board& board, const std::string& texts);
 
 // All legal moves, in the generator's order.
 std::vector<Move> legalMovesOf(Board& board);

@@ -22,4 +22,10 @@ std::uint64_t parseHex(const nlohmann::json& text) {
   return std::stoull(text.get<std::string>(), nullptr, 16);
 }
 
+std::vector<Move> movesIn(const nlohmann::json& bits) {
+  std::vector<Move> moves;
+  for (const auto& text : bits) moves.push_back(static_cast<Move>(parseHex(text)));
+  return moves;
+}
+
 }  // namespace quill::test

@@ -5,6 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "board/move.h"
+
 namespace quill::test {
 
 // One object for each position of tests/data/reference_positions.jsonl; read once.
@@ -12,5 +14,8 @@ const std::vector<nlohmann::json>& referencePositions();
 
 // The number in a text of hexadecimal digits.
 std::uint64_t parseHex(const nlohmann::json& text);
+
+// The moves in a list of such texts.
+std::vector<Move> movesIn(const nlohmann::json& bits);
 
 }  // namespace quill::test

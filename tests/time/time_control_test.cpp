@@ -49,15 +49,6 @@ class TimeControlTest : public testing::Test {
   TimeControl control{handCrankedClock};
 };
 
-TEST_F(TimeControlTest, StartsWithFiveSecondsForEveryPhase) {
-  EXPECT_THAT(times(), testing::Each(5000u));
-  EXPECT_EQ(control.limit(), 5000u);
-  EXPECT_EQ(control.phase(), Normal);
-  EXPECT_EQ(control.nodeLimit(), 0u);
-  EXPECT_FALSE(control.infinite());
-  EXPECT_FALSE(control.canPonder());
-}
-
 TEST_F(TimeControlTest, SharesTheClockOverTheMovesToGo) {
   setClock(60000, 0, -1);
   EXPECT_THAT(times(), ElementsAre(162, 1058, 1628, 3256, 4884, 6512, 0));

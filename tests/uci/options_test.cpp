@@ -86,8 +86,7 @@ TEST_F(Options, HashAndThreadsSkipOneWordUnseen) {
 
 TEST_F(Options, ClearTakesTheWordHashAlone) {
   const auto filled = [this] {
-    send("position startpos");
-    send("go depth 5");
+    startSearch("depth 5");
     waitForTheEnd();
     logged();
     return pool.ttFilled() > 0;
@@ -123,8 +122,7 @@ TEST_F(Options, UnknownNamesAreNamed) {
 TEST_F(Options, WhatASearchUsesStopsItFirst) {
   for (const char* option :
        {"Hash value 2", "Clear Hash", "Threads value 2", "eval.mobility.opening value 90"}) {
-    send("position startpos");
-    send("go infinite");
+    startSearch("infinite");
     send(std::string("setoption name ") + option);
     EXPECT_FALSE(uci.isSearching()) << option;
     EXPECT_THAT(answers(), SizeIs(1)) << option;

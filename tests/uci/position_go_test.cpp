@@ -67,8 +67,7 @@ TEST_F(PositionCommand, AGameMayBeOfAnyLength) {
 }
 
 TEST_F(PositionCommand, StopsASearchAndIsReadyForTheNext) {
-  send("position startpos");
-  send("go infinite");
+  startSearch("infinite");
   send("position startpos moves e2e4 e7e5");
   EXPECT_EQ(errors(), "uci::position(): search still running? status=2\n");
   EXPECT_THAT(answers(), SizeIs(1));
@@ -180,8 +179,7 @@ class BookCommand : public test::UciTest {
 };
 
 TEST_F(BookCommand, ABookMoveIsAnsweredAtOnce) {
-  send("position startpos");
-  send("go infinite");
+  startSearch("infinite");
   EXPECT_EQ(out(), "bestmove e2e4\n");
   EXPECT_EQ(uci.status(), Finished);
   send("stop");

@@ -32,6 +32,12 @@ class UciTest : public testing::Test {
     return uci.dispatch(word.c_str(), rest.c_str());
   }
 
+  // Begins a search of the start position, as "go" does with the parameters.
+  void startSearch(const std::string& parameters) {
+    send("position startpos");
+    send("go " + parameters);
+  }
+
   void waitForTheEnd() { pool.waitIdle(); }
 
   // What came out since the last call: protocol lines, log lines, lines on standard error.

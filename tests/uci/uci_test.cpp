@@ -61,8 +61,7 @@ TEST_F(Commands, IsreadyAnswersAtOnce) {
   send("IsReady");
   EXPECT_EQ(out(), "readyok\n");
   EXPECT_THAT(logged(), MatchesRegex("[0-9]{10}:<--readyok\n"));
-  send("position startpos");
-  send("go infinite");
+  startSearch("infinite");
   send("isready");
   EXPECT_THAT(out(), ContainsRegex("(^|\n)readyok\n"));
   send("stop");
@@ -77,8 +76,7 @@ TEST_F(Commands, StopWithoutASearchAnswersNullMove) {
 }
 
 TEST_F(Commands, StopBehindAnAnswerRepeatsTheMoveAlone) {
-  send("position startpos");
-  send("go depth 4");
+  startSearch("depth 4");
   waitForTheEnd();
   const auto first = answers();
   ASSERT_THAT(first, SizeIs(1));
@@ -87,20 +85,8 @@ TEST_F(Commands, StopBehindAnAnswerRepeatsTheMoveAlone) {
   EXPECT_THAT(answers(), ElementsAre(first[0].substr(0, first[0].find(" ponder"))));
 }
 
-TEST_F(Commands, StopEndsASearchWithOneAnswer) {
-  send("position startpos");
-  send("go infinite");
-  EXPECT_EQ(uci.status(), Searching);
-  EXPECT_TRUE(uci.isSearching());
-  send("stop");
-  EXPECT_THAT(answers(), SizeIs(1));
-  EXPECT_EQ(uci.status(), Finished);
-  EXPECT_FALSE(uci.isSearching());
-}
-
 TEST_F(Commands, TheAnswerOfAPonderSearchWaitsForPonderhit) {
-  send("position startpos");
-  send("go ponder nodes 2000");
+  startSearch("ponder nodes 2000");
   waitForTheEnd();
   EXPECT_THAT(answers(), IsEmpty());
   EXPECT_EQ(uci.status(), Finished);
@@ -112,8 +98,7 @@ TEST_F(Commands, TheAnswerOfAPonderSearchWaitsForPonderhit) {
 }
 
 TEST_F(Commands, TheAnswerOfAPonderSearchWaitsForStopToo) {
-  send("position startpos");
-  send("go ponder nodes 2000");
+  startSearch("ponder nodes 2000");
   waitForTheEnd();
   send("stop");
   EXPECT_THAT(answers(), ElementsAre(MatchesRegex("bestmove ....")));
@@ -121,8 +106,7 @@ TEST_F(Commands, TheAnswerOfAPonderSearchWaitsForStopToo) {
 
 TEST_F(Commands, AWithheldAnswerIsSentBeforeTheNextPositionOrGo) {
   for (const char* next : {"position startpos", "go nodes 2000"}) {
-    send("position startpos");
-    send("go ponder nodes 2000");
+    startSearch("ponder nodes 2000");
     waitForTheEnd();
     EXPECT_THAT(answers(), IsEmpty()) << next;
     send(next);
@@ -135,8 +119,7 @@ TEST_F(Commands, AWithheldAnswerIsSentBeforeTheNextPositionOrGo) {
 }
 
 TEST_F(Commands, PonderhitMakesTheSearchATimedOne) {
-  send("position startpos");
-  send("go ponder movetime 50");
+  startSearch("ponder movetime 50");
   EXPECT_EQ(uci.status(), Pondering);
   EXPECT_TRUE(timeControl.infinite());
   send("ponderhit");
@@ -181,8 +164,7 @@ TEST_F(Commands, EveryGoGetsOneAnswer) {
   EXPECT_THAT(errors(), HasSubstr("Expected current status==POSITION, got 2\n"));
 
   for (int i = 0; i < 50; ++i) {
-    send("position startpos");
-    send("go movetime 1");
+    startSearch("movetime 1");
     if (i % 3 != 0) waitForTheEnd();
   }
   waitForTheEnd();
@@ -204,8 +186,7 @@ TEST_F(Commands, NoLegalMoveIsAnsweredAtOnce) {
 
 TEST_F(Commands, TheLastBlockComesWithoutVariationsToo) {
   send("setoption name SendPv value false");
-  send("position startpos");
-  send("go depth 5");
+  startSearch("depth 5");
   waitForTheEnd();
   EXPECT_THAT(out(),
               MatchesRegex("info depth 5 seldepth [0-9]+ score cp -?[0-9]+ time [0-9]+ nodes "
@@ -213,8 +194,7 @@ TEST_F(Commands, TheLastBlockComesWithoutVariationsToo) {
 }
 
 TEST_F(Commands, TheEndOfInputLetsALimitedSearchAnswer) {
-  send("position startpos");
-  send("go movetime 100");
+  startSearch("movetime 100");
   uci.finish();
   EXPECT_THAT(answers(), SizeIs(1));
   EXPECT_GE(timeControl.elapsed(), 60u);
