@@ -162,7 +162,9 @@ TEST_F(BookFile, HeaderSizeMovesTheFirstRecord) {
 }
 
 TEST_F(BookFile, WhatIsNoBookIsNotOpened) {
+  ASSERT_TRUE(open(bookBytes({{lookupKeyOf(StartFen), "e2e4"}}, 4)));
   EXPECT_FALSE(book.open(folder.file("missing").c_str()));
+  EXPECT_EQ(book.loadCandidates(StartFen), 0);
   EXPECT_FALSE(book.open(folder.file("").c_str())) << "a folder";
   EXPECT_FALSE(book.open(nullptr));
   EXPECT_FALSE(book.open("/dev/zero"));
@@ -176,9 +178,12 @@ TEST_F(BookFile, WhatIsNoBookIsNotOpened) {
                                     {3u, 16u},
                                     {1u, 10u},
                                     {2u, 255u}}) {
+    // The book that was open before is open no more.
+    ASSERT_TRUE(open(bookBytes({{lookupKeyOf(StartFen), "e2e4"}}, 4)));
     EXPECT_FALSE(open(headerBytes(flags, size) + std::string(160, '\1'))) << flags << " " << size;
     EXPECT_EQ(book.recordCount(), 0u);
     EXPECT_EQ(book.loadCandidates(StartFen), 0);
+    EXPECT_FALSE(book.hasElo());
   }
 }
 
@@ -240,13 +245,6 @@ TEST_F(BookFile, RecordCutOffByTheEndOfTheFileIsNone) {
     ASSERT_TRUE(open(whole.substr(0, whole.size() - cut)));
     EXPECT_EQ(book.loadCandidates(StartFen), cut == 0 ? 2 : cut <= 16 ? 1 : 0) << cut;
   }
-}
-
-TEST_F(BookFile, FailedOpenLeavesNoBook) {
-  ASSERT_TRUE(open(bookBytes({{lookupKeyOf(StartFen), "e2e4"}}, 4)));
-  EXPECT_FALSE(book.open(folder.file("missing").c_str()));
-  EXPECT_EQ(book.loadCandidates(StartFen), 0);
-  EXPECT_FALSE(book.hasElo());
 }
 
 // A terabyte of nothing: offsets beyond 32 bits, and a position whose key is that of empty space.

@@ -54,15 +54,6 @@ TEST_F(EvaluatorTest, BothSidesToMoveHaveTheirOwnResults) {
   EXPECT_GT(white, 0);
 }
 
-TEST_F(EvaluatorTest, MobilityWeightsScaleEveryEntryDownwards) {
-  const EvalTables full;
-  setEvalWeight(tables, MobilityOpening, 512);
-  EXPECT_EQ(openingOf(tables.bishopMobility[0]), -14);  // -27 * 512 >> 10
-  EXPECT_EQ(openingOf(tables.bishopMobility[11]), 15);
-  EXPECT_EQ(endgameOf(tables.bishopMobility[0]), endgameOf(full.bishopMobility[0]));
-  EXPECT_EQ(tables.pawnSquare, full.pawnSquare);
-}
-
 TEST_F(EvaluatorTest, EveryTrapHasItsPriceForBothColours) {
   const struct {
     const char* white;  // placement with White's piece trapped

@@ -51,9 +51,6 @@ TEST(Info, SpeedIsShownFromAHundredMillisecondsOn) {
   EXPECT_EQ(tail(Early), " time 99 nodes 1234 hashfull 10");
   EXPECT_EQ(tail({100, 1239, 999, 1000, 7}), " time 100 nodes 1239 nps 12390 hashfull 999");
   EXPECT_EQ(tail({101, 1000, 0, 1, 7}), " time 101 nodes 1000 nps 9900 hashfull 0");
-}
-
-TEST(Info, LargeCountsAreWrittenOut) {
   EXPECT_EQ(tail(Late), " time 12340 nodes 7000000000 nps 567260940 hashfull 10");
 }
 
