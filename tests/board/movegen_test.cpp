@@ -74,7 +74,7 @@ constexpr const char* EdgeFens[] = {
     "6bk/8/8/3pP3/8/8/K7/8 w - d6",
     // A pawn pinned along the very diagonal on which it captures en passant.
     "5b1k/8/8/3pP3/8/8/8/K7 w - d6",
-    // A double step that gives check, and one that uncovers it.
+    // A double step into a double check, and one whose check en passant answers.
     "7k/8/8/2pPp3/3K4/8/8/8 w - c6",
     "7k/8/3b4/1PpP4/3K4/8/8/8 w - c6",
     // Castling: free for either side, past attacks on the rook's way, the king's ways and the king,
