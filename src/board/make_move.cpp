@@ -278,9 +278,4 @@ void playMove(Board& board, Move move) {
   }
 }
 
-void replayMoves(Board& board, std::span<const Move> moves) {
-  for (const Move move : moves) playMove(board, move);
-  updateAttackInfo(board);
-}
-
 }  // namespace quill

@@ -4,8 +4,6 @@
 // copy. Nothing here allocates or recomputes a key from scratch.
 #pragma once
 
-#include <span>
-
 #include "board/board.h"
 
 namespace quill {
@@ -32,8 +30,5 @@ void updateAttackInfo(Board& board);
 
 // makeMove, or makeNullMove for 0.
 void playMove(Board& board, Move move);
-
-// Makes the moves in order, a 0 entry as a null move, then calls updateAttackInfo once.
-void replayMoves(Board& board, std::span<const Move> moves);
 
 }  // namespace quill

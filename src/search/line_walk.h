@@ -29,8 +29,8 @@ class LineWalk {
 
   // Plays one more move, or several; the attack information is valid afterwards.
   // Requires: not more than MaxSearchPly moves in all.
-  void play(Move move) { play({&move, 1}); }
-  void play(std::span<const Move> moves) {
+  void play(Move move) { replayMoves({&move, 1}); }
+  void replayMoves(std::span<const Move> moves) {
     assert(size_ + static_cast<int>(moves.size()) <= MaxSearchPly);
     for (const Move move : moves) {
       undo_[size_] = board_;

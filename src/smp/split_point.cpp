@@ -260,7 +260,7 @@ void checkStop(Worker& worker, const SplitPoint& split) {
 void searchFrom(Worker& worker, SplitPoint& split, int fromPly) {
   waitUntilReady(split);
   LineWalk walk(worker.board);
-  walk.play(std::span(split.path).subspan(fromPly, split.node.ply - fromPly));
+  walk.replayMoves(std::span(split.path).subspan(fromPly, split.node.ply - fromPly));
   account(worker, AdminTime);
   // A search that ended meanwhile is not to be gone on with.
   if (worker.pool.rootStop.load(std::memory_order_relaxed))
