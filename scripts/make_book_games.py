@@ -248,10 +248,9 @@ def moves_to_audit(games, max_ply):
 def audit_position(task):
     """[(position's key, move, text, loss in centipawns)] of the moves that lose too much."""
     fen, moves, args = task
-    bad = []
+    engine = open_engine_once(args.engine)
     # What a short search blames, a longer one has to confirm.
     for nodes in (args.nodes, 10 * args.nodes):
-        engine = open_engine_once(args.engine)
         best = engine.go(f"nodes {nodes}", f"fen {fen} 0 1")
         bad = []
         for move, (text, _) in moves.items():
