@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "board/movegen.h"
+#include "platform/memory.h"
 #include "search/worker.h"
 #include "shell/log.h"
 
@@ -42,6 +43,7 @@ std::uint64_t Tt::resize(std::uint64_t kilobytes) {
     if (block_ != nullptr) {
       const auto address = reinterpret_cast<std::uintptr_t>(block_);
       auto* first = reinterpret_cast<std::byte*>((address + Alignment - 1) & ~(Alignment - 1));
+      platform::preferLargePages(first, bytes);
       entries_ = bytes / EntryBytes;
       mask_ = entries_ - 1;
       table_ = reinterpret_cast<Slot*>(first);
