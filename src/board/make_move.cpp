@@ -119,6 +119,12 @@ void makeSpecial(Board& board, Side& us, Side& them, Move move) {
   }
 }
 
+// Whether a pawn of the other colour could take the double-stepping pawn in passing.
+bool opensEnPassant(const Board& board, const Side& them, Move move) {
+  return (move & DoubleStepFlag) != 0 &&
+         (pawnAttacks[board.stm][(fromOf(move) + toOf(move)) / 2] & them.bb[Pawn]) != 0;
+}
+
 void makeNormal(Board& board, Side& us, Side& them, Move move) {
   const Square from = fromOf(move);
   const Square to = toOf(move);
@@ -137,11 +143,26 @@ void makeNormal(Board& board, Side& us, Side& them, Move move) {
 
   board.pawnKey ^= key;
   board.lastIrreversible = board.ply;
-  if ((move & DoubleStepFlag) != 0 &&
-      (pawnAttacks[board.stm][(from + to) / 2] & them.bb[Pawn]) != 0) {
+  if (opensEnPassant(board, them, move)) {
     board.epSquare = static_cast<std::uint8_t>(to);
     board.key ^= enPassantKey(to);
   }
+}
+
+// What a promotion, a castling or a capture in passing changes in the key beside the rights.
+std::uint64_t specialKey(const Board& board, Move move) {
+  const Square from = fromOf(move);
+  const Square to = toOf(move);
+  const PieceCode code = board.squares[static_cast<unsigned>(from)];
+  if (isEnPassant(move)) return slideKey(code, from, to) ^ pieceKey(capturedOf(move), to ^ 8);
+  if (isCastling(move)) {
+    const CastleInfo& castle = CastleTable[board.stm][wingOf(move)];
+    return slideKey(makeCode(board.stm, King), castle.kingFrom, castle.kingTo) ^
+           slideKey(makeCode(board.stm, Rook), castle.rookFrom, castle.rookTo);
+  }
+  const std::uint64_t key =
+      pieceKey(code, from) ^ pieceKey(makeCode(board.stm, promotionOf(move)), to);
+  return isCapture(move) ? key ^ pieceKey(capturedOf(move), to) : key;
 }
 
 void unmakeSpecial(Board& board, Side& us, Side& them, Move move) {
@@ -207,6 +228,23 @@ void makeMove(Board& board, Move move) {
   board.stm ^= 1;
   board.occupied = us.bb[0] | them.bb[0];
   checkBoard(board);
+}
+
+std::uint64_t keyAfter(const Board& board, Move move) {
+  std::uint64_t key = board.key;
+  if (board.epSquare != 0) key ^= enPassantKey(board.epSquare);
+  if (move == NoMove) return key;
+  const Square from = fromOf(move);
+  const Square to = toOf(move);
+  // No right is left to a square that a move without capture goes to.
+  const unsigned kept = board.castling & castleMaskOf(from) & castleMaskOf(to);
+  key ^= castleKey[board.castling] ^ castleKey[kept];
+  if ((move & SpecialMask) != 0) [[unlikely]]
+    return key ^ specialKey(board, move);
+  key ^= slideKey(board.squares[static_cast<unsigned>(from)], from, to);
+  if (isCapture(move)) key ^= pieceKey(capturedOf(move), to);
+  if (opensEnPassant(board, board.enemy(), move)) key ^= enPassantKey(to);
+  return key;
 }
 
 void unmakeMove(Board& board, Move move, const UndoInfo& undo) {

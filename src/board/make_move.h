@@ -16,6 +16,11 @@ void makeMove(Board& board, Move move);
 // Requires: move is the last move made; undo was copied from the Board just before it.
 void unmakeMove(Board& board, Move move, const UndoInfo& undo);
 
+// The key that playing the move would give, without playing it; 0 is the null move. Lets the table
+// be asked for a child's line long before the child is searched.
+// Requires: the move is legal.
+std::uint64_t keyAfter(const Board& board, Move move);
+
 // Passes the turn; counts as irreversible. Attack information is stale afterwards.
 // Requires: the side to move is not in check (the console's "%" may break this); ply < StackSize
 // - 1.

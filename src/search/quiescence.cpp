@@ -296,10 +296,20 @@ int searchChild(Worker& worker, const QNode& node) {
   return child(node.alpha, node.beta, kept | PvNode);
 }
 
+// The move at the place, 0 behind the last; its child's table line is on its way from then on.
+Move pickAhead(const Worker& worker, QMoves& moves, int at) {
+  if (at == moves.size) return NoMove;
+  const Move move = moves.pick(at);
+  worker.tt.prefetchChild(worker.board, move);
+  return move;
+}
+
 Verdict searchMoves(Worker& worker, QNode& node, QMoves& moves, bool inCheck) {
   Board& board = worker.board;
+  Move next = pickAhead(worker, moves, 0);
   for (int i = 0; i < moves.size; ++i) {
-    const Move move = moves.pick(i);
+    const Move move = next;
+    next = pickAhead(worker, moves, i + 1);
     makeMove(board, move);
     worker.tt.prefetch(board);
     prefetchPawnEntry(worker.evaluator);

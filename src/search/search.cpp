@@ -327,8 +327,13 @@ bool splitMoves(Worker& worker, Node& node, NodeMoves& moves, const Move* at, Ve
   return true;
 }
 
+// A child is small most of the time: its table line has to be on its way this many moves before.
+constexpr int PrefetchAhead = 2;
+
 Verdict searchMoves(Worker& worker, Node& node, NodeMoves& moves) {
   const Move excluded = withoutMark(node.hashMove);
+  for (const Move* at = moves.list; at < std::min(moves.list + PrefetchAhead, moves.end); ++at)
+    worker.tt.prefetchChild(worker.board, *at);
   for (const Move* at = moves.list; at != moves.end; ++at) {
     const Move move = *at;
     if (excluded != NoMove && isSameMove(move, excluded)) continue;
@@ -336,6 +341,7 @@ Verdict searchMoves(Worker& worker, Node& node, NodeMoves& moves) {
       Verdict verdict;
       if (splitMoves(worker, node, moves, at, verdict)) return verdict;
     }
+    if (moves.end - at > PrefetchAhead) worker.tt.prefetchChild(worker.board, at[PrefetchAhead]);
     const bool late = at >= moves.late;
     const int threat = late ? threatOf(worker, node, moves, at) : 0;
     const MoveResult result = searchMove(worker, node, node.undo, move, late, threat, node.alpha,
@@ -368,6 +374,8 @@ int finishNode(Worker& worker, const Node& node) {
 // The node itself, once draws and the depth have been looked at.
 int searchNode(Worker& worker, Node& node) {
   const Board& board = worker.board;
+  if ((node.flags & (CutNode | NullOk)) == (CutNode | NullOk) && !node.inCheck)
+    worker.tt.prefetchChild(board, NoMove);
   Verdict verdict = probeTable(worker, node);
   if (verdict.decided) return verdict.score;
   if (node.ply > DeepestPly) return node.eval;

@@ -95,7 +95,7 @@ void Tt::save(Slot& slot, const TtEntry& entry) {
 bool Tt::probe(const Worker& worker, TtEntry& out) {
   const Board& board = worker.board;
   const std::uint32_t lock = lockOf(board);
-  const std::uint64_t home = homeIndex(board);
+  const std::uint64_t home = homeIndex(board.key, board.stm);
   for (std::uint64_t way = 0; way < Ways; ++way) {
     Slot& slot = table_[home ^ way];
     const TtEntry entry = load(slot);
@@ -129,7 +129,7 @@ void Tt::store(Worker& worker, TtEntry entry) {
   // No move of a node that failed low is known to be good.
   if (entry.bound == UpperBound) entry.move = NoMove;
 
-  const std::uint64_t home = homeIndex(worker.board);
+  const std::uint64_t home = homeIndex(worker.board.key, worker.board.stm);
   Slot* victim = nullptr;
   int leastWorth = 0;
   bool victimIsCurrent = false;
@@ -168,7 +168,7 @@ void Tt::storeScore(Worker& worker, int bound, int depth, int ply, int score, Mo
 
 bool Tt::remove(const Worker& worker) {
   const std::uint32_t lock = lockOf(worker.board);
-  const std::uint64_t home = homeIndex(worker.board);
+  const std::uint64_t home = homeIndex(worker.board.key, worker.board.stm);
   bool found = false;
   for (std::uint64_t way = 0; way < Ways; ++way) {
     Slot& slot = table_[home ^ way];

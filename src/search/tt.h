@@ -14,6 +14,7 @@
 #include <cstdint>
 
 #include "board/board.h"
+#include "board/make_move.h"
 #include "platform/prefetch.h"
 
 namespace quill {
@@ -64,7 +65,12 @@ class Tt {
   // Empties every entry of the position; tells whether there was one.
   bool remove(const Worker& worker);
 
-  void prefetch(const Board& board) const { platform::prefetch(&table_[homeIndex(board)]); }
+  // Asks for the bucket of the board's position, or of the one that follows it by the move (0: the
+  // null move).
+  void prefetch(const Board& board) const { prefetch(board.key, board.stm); }
+  void prefetchChild(const Board& board, Move move) const {
+    prefetch(keyAfter(board, move), board.stm ^ 1);
+  }
 
   std::uint64_t entries() const { return entries_; }
   std::uint64_t sizeBytes() const { return entries_ * 16; }
@@ -77,8 +83,12 @@ class Tt {
     std::atomic<std::uint64_t> words[2];
   };
 
-  std::uint64_t homeIndex(const Board& board) const {
-    return (static_cast<std::uint32_t>(board.key) + 4u * static_cast<unsigned>(board.stm)) & mask_;
+  // The first entry to look at; the side to move, which the key does not know, chooses the bucket.
+  std::uint64_t homeIndex(std::uint64_t key, Colour stm) const {
+    return (static_cast<std::uint32_t>(key) + 4u * static_cast<unsigned>(stm)) & mask_;
+  }
+  void prefetch(std::uint64_t key, Colour stm) const {
+    platform::prefetch(&table_[homeIndex(key, stm)]);
   }
   static TtEntry load(const Slot& slot);
   static void save(Slot& slot, const TtEntry& entry);

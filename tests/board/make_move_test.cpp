@@ -80,6 +80,7 @@ Square epSquareAfter(const Board& after, Move move) {
 void expectRightAfterMove(const Board& before, const Board& after, Move move) {
   ASSERT_EQ(after.squares, test::slowSquaresAfter(before.squares, move));
   ASSERT_TRUE(isConsistent(after));  // sets, signatures and keys are those of the squares
+  ASSERT_EQ(keyAfter(before, move), after.key);
   ASSERT_EQ(after.stm, before.stm ^ 1);
   ASSERT_EQ(after.castling, rightsAfter(before, after));
   ASSERT_EQ(after.epSquare, epSquareAfter(after, move));
@@ -118,6 +119,7 @@ TEST(MakeMove, NullMovePassesTheTurnAndIsTakenBack) {
     makeNullMove(board);
     ASSERT_TRUE(isConsistent(board)) << describe(before);
     ASSERT_EQ(board.squares, before.squares);
+    ASSERT_EQ(keyAfter(before, NoMove), board.key) << describe(before);
     ASSERT_EQ(board.stm, before.stm ^ 1);
     ASSERT_EQ(board.castling, before.castling);
     ASSERT_EQ(board.quietPlies(), 0);
