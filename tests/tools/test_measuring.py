@@ -115,6 +115,12 @@ class Gain(unittest.TestCase):
         single, several = [(4.0, 100), (2.0, 110), (9.0, 90)], [(2.0, 200), (1.0, 180), (3.0, 190)]
         self.assertEqual(time_to_depth.gain_row(single, several), (4.0, 2.0, 2.0, 1.9))
 
+    def test_the_speed_of_engines_side_by_side_is_their_sum(self):
+        searches = {"fast": (1.0, 300), "slow": (2.0, 200)}
+        with unittest.mock.patch.object(
+            time_to_depth, "measure", lambda engine, *_: searches[engine]
+        ):
+            self.assertEqual(time_to_depth.side_by_side(searches, "fen", 9, 60, 0), (2.0, 500))
 
     def test_makes_disturbed_runs_again(self):
         results = iter([(1.0, 10), (1.1, 11), (1.2, 12)])
