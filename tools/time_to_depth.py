@@ -34,6 +34,8 @@ from host import stolen_time
 from positions import MIDDLEGAMES
 from uci_client import Engine
 
+DEEPEST = 60
+
 
 def measure(engine, fen, depth, patience, before=0):
     """(seconds, nodes per second) of one search from cleared tables, or from what a search to the
@@ -50,11 +52,12 @@ def measure(engine, fen, depth, patience, before=0):
 
 
 def depth_of(engine, fen, seconds, patience):
-    """The first depth that the engine needs at least so many seconds for."""
-    depth = 8
-    while measure(engine, fen, depth, patience)[0] < seconds:
-        depth += 1
-    return depth
+    """The first depth that the engine needs at least so many seconds for, DEEPEST when none does: a
+    mate ends a search early at every depth."""
+    for depth in range(8, DEEPEST):
+        if measure(engine, fen, depth, patience)[0] >= seconds:
+            return depth
+    return DEEPEST
 
 
 def side_by_side(engines, fen, depth, patience, before):
