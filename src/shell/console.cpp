@@ -1,6 +1,7 @@
 #include "shell/console.h"
 
 #include <cstring>
+#include <utility>
 
 #include "shell/board_commands.h"
 #include "shell/engine.h"
@@ -74,23 +75,23 @@ bool InputLines::next(std::string& line, std::size_t limit) {
   return true;
 }
 
-bool handleLine(Engine& engine, const std::string& line) {
+bool handleLine(Engine& engine, std::string line) {
   if (line.empty()) {
     if (!engine.uci.uciMode() && !isRefused(engine, "board")) fenCommand(engine, "");
     return true;
   }
-  std::string word = line;
+  const char* const word = line.c_str();
   const char* rest = "";
-  if (const std::size_t blank = word.find(' '); blank != std::string::npos) {
-    word[blank] = '\0';
-    rest = word.c_str() + blank + 1;
+  if (const std::size_t blank = line.find(' '); blank != std::string::npos) {
+    line[blank] = '\0';
+    rest = word + blank + 1;
   }
 
-  if (engine.uci.dispatch(word.c_str(), rest)) return true;
-  if (std::strcmp(word.c_str(), "quit") == 0) return false;
-  if (runNamedCommand(engine, word.c_str(), rest)) return true;
-  if (runTypedLine(engine, word.c_str(), rest)) return true;
-  std::printf("unknown command: '%s'\n", word.c_str());
+  if (engine.uci.dispatch(word, rest)) return true;
+  if (std::strcmp(word, "quit") == 0) return false;
+  if (runNamedCommand(engine, word, rest)) return true;
+  if (runTypedLine(engine, word, rest)) return true;
+  std::printf("unknown command: '%s'\n", word);
   return true;
 }
 
@@ -102,7 +103,7 @@ int runConsole(Engine& engine, std::FILE* in) {
     if (!uciMode) std::fputs("% ", stdout);
     const bool isThere =
         input.next(line, uciMode ? InputLines::ProtocolLimit : InputLines::ConsoleLimit);
-    if (!isThere || !handleLine(engine, line)) break;
+    if (!isThere || !handleLine(engine, std::move(line))) break;
   }
   engine.uci.finish();
   return 0;

@@ -34,7 +34,7 @@ class InputLines {
 };
 
 // Handles one line that next gave. False when it asks to end the program.
-bool handleLine(Engine& engine, const std::string& line);
+bool handleLine(Engine& engine, std::string line);
 
 // Reads and handles lines until the end of the input or "quit". Returns the exit status.
 int runConsole(Engine& engine, std::FILE* in);

@@ -141,12 +141,9 @@ std::int32_t EngineString::length() const { return block_ == nullptr ? 0 : block
 
 std::int32_t EngineString::refs() const { return block_ == nullptr ? 0 : block_->refs; }
 
-bool equalsIgnoreCase(const char* a, const char* b) {
-  while (*a != '\0' && lowerCase(*a) == lowerCase(*b)) {
-    ++a;
-    ++b;
-  }
-  return lowerCase(*a) == lowerCase(*b);
+bool equalsIgnoreCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return lowerCase(x) == lowerCase(y); });
 }
 
 std::int32_t parseInt(const char* text) {
@@ -160,32 +157,33 @@ std::int64_t parseInt64(const char* text) {
 }
 
 void Tokenizer::setArgs(const char* text) {
-  argRest_ = EngineString(text);
-  position_ = 0;
+  rest_ = text;
   dropLeading(0);
 }
 
 void Tokenizer::dropLeading(std::int32_t pos) {
-  position_ = std::min(position_ + std::max(pos, 0), argRest_.length());
-  while (isSeparator(*rest())) ++position_;
+  while (pos-- > 0 && argsLeft()) ++rest_;
+  while (isSeparator(*rest_)) ++rest_;
+}
+
+std::string_view Tokenizer::nextWord() {
+  const std::string_view word(rest_, std::strcspn(rest_, " \t"));
+  rest_ += word.size();
+  dropLeading(0);
+  return word;
 }
 
 EngineString Tokenizer::nextToken() {
-  const char* start = rest();
-  const auto n = static_cast<std::int32_t>(std::strcspn(start, " \t"));
-  EngineString token = EngineString::makeN(start, n + 1);
-  dropLeading(n);
-  if (!argsLeft()) setArgs("");
-  return token;
+  const std::string_view word = nextWord();
+  constexpr std::size_t MostCharacters = MaxBlockSize - 1;
+  return EngineString::makeN(word.data(),
+                             static_cast<std::int32_t>(std::min(word.size(), MostCharacters)) + 1);
 }
 
 std::int32_t Tokenizer::nextInt(std::int32_t defaultValue) {
-  const EngineString token = nextToken();
-  return token.isEmpty() ? defaultValue : parseInt(token.text());
+  // The word ends at a separator or with the line, and so does a number in it.
+  const std::string_view word = nextWord();
+  return word.empty() ? defaultValue : parseInt(word.data());
 }
-
-bool Tokenizer::argsLeft() const { return position_ < argRest_.length(); }
-
-const char* Tokenizer::rest() const { return argRest_.text() + position_; }
 
 }  // namespace quill

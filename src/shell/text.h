@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace quill {
 
@@ -47,7 +48,7 @@ class EngineString {
 };
 
 // ASCII letter case does not count.
-bool equalsIgnoreCase(const char* a, const char* b);
+bool equalsIgnoreCase(std::string_view a, std::string_view b);
 
 // The decimal number that the text begins with (blanks and a sign may precede it), 0 when there is
 // none; saturates at the ends of the type's range instead of overflowing.
@@ -57,21 +58,23 @@ std::int64_t parseInt64(const char* text);
 // Hands out the words of one command line, separated by blanks and tabs.
 class Tokenizer {
  public:
-  // Takes the rest of a command line; leading separators are dropped.
+  // Begins with the rest of a command line; leading separators are dropped. The text is not copied:
+  // it must stay as it is while words are taken from it.
   void setArgs(const char* text);
   // Removes the first pos characters and the separators behind them.
   void dropLeading(std::int32_t pos);
-  // The next word, an empty string when none is left.
+  // The next word, empty when none is left; a part of the command line.
+  std::string_view nextWord();
+  // The same as a string of its own.
   EngineString nextToken();
   // parseInt of the next word, or the default when there is none.
   std::int32_t nextInt(std::int32_t defaultValue);
-  bool argsLeft() const;
+  bool argsLeft() const { return *rest_ != '\0'; }
   // What has not been consumed yet.
-  const char* rest() const;
+  const char* rest() const { return rest_; }
 
  private:
-  EngineString argRest_;
-  std::int32_t position_ = 0;  // characters of argRest_ that are consumed, so that none are moved
+  const char* rest_ = "";
 };
 
 }  // namespace quill
