@@ -9,6 +9,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "board/board.h"
 #include "book/book_keys.h"
 
 namespace quill {
@@ -184,6 +185,25 @@ std::optional<BookPosition> Book::bookKey(const char* fen) {
   return position;
 }
 
+BookPosition Book::bookKey(const Board& board) {
+  BookPosition position{0, board.stm == Black, 0};
+  for (Bitboard men = board.occupied; men != 0;) {
+    const Square square = popLowest(men);
+    const PieceCode code = board.squares[square];
+    const int black = belongsTo(code, Black) ? 1 : 0;
+    position.key ^= BookKeys[bookKeyIndex(PieceCodes[static_cast<unsigned>(typeOf(code) - Pawn)],
+                                          rankOf(square), black, fileOf(square))];
+  }
+  if ((board.castling & WhiteShort) != 0) position.key ^= BookKeys[BookWhiteShort];
+  if ((board.castling & BlackShort) != 0) position.key ^= BookKeys[BookBlackShort];
+  if ((board.castling & WhiteLong) != 0) position.key ^= BookKeys[BookWhiteLong];
+  if ((board.castling & BlackLong) != 0) position.key ^= BookKeys[BookBlackLong];
+  if (board.epSquare != 0) position.key ^= BookKeys[fileOf(board.epSquare)];
+  // Full moves are counted from 1 whoever begins: a game that Black begins is a ply ahead.
+  position.ply = board.gamePly() / 2 * 2 + (position.black ? 1 : 0);
+  return position;
+}
+
 bool Book::find(std::uint64_t target) {
   if (recordCount_ == 0) return false;
   std::uint64_t low = 0;
@@ -242,8 +262,12 @@ bool Book::takeCandidate(const BookEntry& entry) {
 int Book::loadCandidates(const char* fen) {
   candidateCount_ = 0;
   const std::optional<BookPosition> position = bookKey(fen);
-  if (!position) return 0;
-  const std::uint64_t target = position->lookupKey();
+  return position ? loadCandidates(*position) : 0;
+}
+
+int Book::loadCandidates(const BookPosition& position) {
+  candidateCount_ = 0;
+  const std::uint64_t target = position.lookupKey();
   // 0 is the key of no position, but that of every record in a file of zeros.
   if (target == 0 || !find(target)) return 0;
 

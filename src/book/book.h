@@ -16,6 +16,8 @@
 
 namespace quill {
 
+struct Board;
+
 // A candidate move of the probed position.
 struct BookEntry {
   std::uint64_t key;   // look-up key of the position
@@ -30,7 +32,7 @@ struct BookEntry {
 // The candidates of one position that a look-up keeps at most.
 inline constexpr int MaxBookCandidates = 32;
 
-// What the book reads from a FEN text.
+// What the book needs to know of a position.
 struct BookPosition {
   std::uint64_t key;  // without the side to move
   bool black;         // Black is to move
@@ -72,12 +74,15 @@ class Book {
 
   // On failure: none after one line on standard error, when the placement runs off the board.
   static std::optional<BookPosition> bookKey(const char* fen);
+  // The same as of the board's own FEN text.
+  static BookPosition bookKey(const Board& board);
 
   // True when the book holds the key; the next record read is then the first one of that key.
   bool find(std::uint64_t target);
 
   // Fills candidates() for the position and returns their number, 0..MaxBookCandidates. Records
   // that repeat the move of the record before them are merged.
+  int loadCandidates(const BookPosition& position);
   int loadCandidates(const char* fen);
 
   // The result of the last loadCandidates.

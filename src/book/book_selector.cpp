@@ -65,28 +65,30 @@ BookSelector::BookSelector(Book& book, std::uint32_t seed) : book_(book), genera
 
 void BookSelector::applySettings(const Settings& settings) {
   settings.dump();
-  const auto number = [&settings](const char* key, const char* defaultText) {
-    return parseInt(settings.getString(key, defaultText));
+  // What the settings do not name keeps its default.
+  criteria_ = {};
+  const auto number = [&settings](const char* key, auto& value) {
+    if (const char* text = settings.getString(key, nullptr)) value = parseInt(text);
   };
-  const auto percent = [&number](const char* key, const char* defaultText) {
-    return number(key, defaultText) / 100.0;
+  const auto percent = [&settings](const char* key, double& value) {
+    if (const char* text = settings.getString(key, nullptr)) value = parseInt(text) / 100.0;
   };
-  criteria_.maxPly = number("book.play.maxply", "0");
-  criteria_.minGames = number("book.play.mingames", "2");
-  criteria_.minGamesShare = percent("book.play.mingamepct", "10");
-  criteria_.minElo = number("book.play.minelo", "2700");
-  criteria_.maxEloDelta = number("book.play.maxelodelta", "200");
-  criteria_.minScoreWhite = percent("book.play.minscorew", "50");
-  criteria_.minScoreBlack = percent("book.play.minscoreb", "40");
-  criteria_.maxScoreDelta =
-      std::strtod(settings.getString("book.play.maxscoredelta", "5.0"), nullptr) / 100;
-  criteria_.gameWeight = percent("book.play.gameweight", "100");
-  criteria_.eloWeight = percent("book.play.eloweight", "100");
-  criteria_.scoreWeight = percent("book.play.scoreweight", "0");
-  criteria_.winWeight = percent("book.play.winweight", "0");
-  criteria_.drawWeight = percent("book.play.drawweight", "0");
-  criteria_.minWeight = percent("book.play.minweight", "10");
-  criteria_.random = percent("book.play.random", "100");
+  number("book.play.maxply", criteria_.maxPly);
+  number("book.play.mingames", criteria_.minGames);
+  percent("book.play.mingamepct", criteria_.minGamesShare);
+  number("book.play.minelo", criteria_.minElo);
+  number("book.play.maxelodelta", criteria_.maxEloDelta);
+  percent("book.play.minscorew", criteria_.minScoreWhite);
+  percent("book.play.minscoreb", criteria_.minScoreBlack);
+  if (const char* text = settings.getString("book.play.maxscoredelta", nullptr))
+    criteria_.maxScoreDelta = std::strtod(text, nullptr) / 100;
+  percent("book.play.gameweight", criteria_.gameWeight);
+  percent("book.play.eloweight", criteria_.eloWeight);
+  percent("book.play.scoreweight", criteria_.scoreWeight);
+  percent("book.play.winweight", criteria_.winWeight);
+  percent("book.play.drawweight", criteria_.drawWeight);
+  percent("book.play.minweight", criteria_.minWeight);
+  percent("book.play.random", criteria_.random);
 }
 
 std::span<const BookStatistics> BookSelector::choose(int n, bool black) {
@@ -198,11 +200,14 @@ void BookSelector::computePicks() {
 
 std::optional<BookEntry> BookSelector::probe(const char* fen) {
   const std::optional<BookPosition> position = Book::bookKey(fen);
-  if (!position) return std::nullopt;
-  if (criteria_.maxPly != 0 && criteria_.maxPly <= position->ply) return std::nullopt;
-  const int n = book_.loadCandidates(fen);
+  return position ? probe(*position) : std::nullopt;
+}
+
+std::optional<BookEntry> BookSelector::probe(const BookPosition& position) {
+  if (criteria_.maxPly != 0 && criteria_.maxPly <= position.ply) return std::nullopt;
+  const int n = book_.loadCandidates(position);
   if (n == 0) return std::nullopt;
-  const std::span<const BookStatistics> rows = choose(n, position->black);
+  const std::span<const BookStatistics> rows = choose(n, position.black);
   double rest = static_cast<double>(generator_.next64()) * 0x1p-64;
   for (int i = 0; i < n; ++i) {
     rest -= rows[i].pick;
@@ -212,14 +217,18 @@ std::optional<BookEntry> BookSelector::probe(const char* fen) {
 }
 
 void BookSelector::printCandidates(const char* fen, std::FILE* out) {
-  const std::optional<BookPosition> position = Book::bookKey(fen);
-  const int n = position ? book_.loadCandidates(fen) : 0;
+  // A text that is no position has the key 0, which is in no book.
+  printCandidates(Book::bookKey(fen).value_or(BookPosition{0, false, 0}), out);
+}
+
+void BookSelector::printCandidates(const BookPosition& position, std::FILE* out) {
+  const int n = book_.loadCandidates(position);
   if (n == 0) {
     std::fputs("position not in book\n", out);
     return;
   }
   printCriteria(out);
-  choose(n, position->black);
+  choose(n, position.black);
   std::fputs(
       "\n pick   move    elo    games  score    +/-   win%   drw%   elo%  game%  score%  combi%\n",
       out);

@@ -77,9 +77,11 @@ class BookSelector {
 
   // A move drawn for the position, none when the book has none to play. Every call that reaches the
   // draw takes one number from the generator.
+  std::optional<BookEntry> probe(const BookPosition& position);
   std::optional<BookEntry> probe(const char* fen);
 
   // Writes the criteria and the whole table for the position, or that it is not in the book.
+  void printCandidates(const BookPosition& position, std::FILE* out = stdout);
   void printCandidates(const char* fen, std::FILE* out = stdout);
 
   const BookCriteria& criteria() const { return criteria_; }
