@@ -39,9 +39,8 @@ void searchToDepth(benchmark::State& state) {
   tt.resize(TableKilobytes);
   TimeControl timeControl;
   timeControl.setMoveTime(TimeControl::NoLimit);
-  timeControl.setDepthLimit(Depth);
+  timeControl.configure({.depth = Depth});
   ThreadPool pool(tt, timeControl, evalTables);
-  pool.quiet = true;
   pool.setThreadCount(1);
   setFen(pool.board(), position.fen);
   std::uint64_t nodes = 0;
@@ -50,9 +49,9 @@ void searchToDepth(benchmark::State& state) {
     tt.clear();
     pool.clearEvaluators();
     state.ResumeTiming();
-    pool.startSearch();
+    pool.startSearch(nullptr, true);
     pool.waitIdle();
-    nodes += pool.searchedNodes();
+    nodes += pool.state.searchedNodes();
   }
   state.SetLabel(position.name);
   state.counters["nodes"] =

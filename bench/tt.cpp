@@ -50,7 +50,7 @@ void fill() {
   e.tt.clear();
   for (unsigned i = 0; i < Keys; ++i) {
     e.be(i);
-    e.tt.storeScore(e.pool.master(), LowerBound, 5, 3, 25, e.move, 20);
+    e.tt.storeScore(e.pool.state.master(), LowerBound, 5, 3, 25, e.move, 20);
   }
 }
 
@@ -64,7 +64,7 @@ void probe(benchmark::State& state) {
   for (auto step : state) {
     e.be(offset + i++ % Keys);
     TtEntry entry;
-    hits += e.tt.probe(e.pool.master(), entry) ? 1 : 0;
+    hits += e.tt.probe(e.pool.state.master(), entry) ? 1 : 0;
     benchmark::DoNotOptimize(entry);
   }
   state.SetItemsProcessed(state.iterations());
@@ -79,7 +79,7 @@ void store(benchmark::State& state) {
   unsigned i = 0;
   for (auto step : state) {
     e.be(i++);
-    e.tt.storeScore(e.pool.master(), UpperBound, static_cast<int>(i % 16), 3, 25, NoMove, 20);
+    e.tt.storeScore(e.pool.state.master(), UpperBound, static_cast<int>(i % 16), 3, 25, NoMove, 20);
   }
   state.SetItemsProcessed(state.iterations());
 }

@@ -131,20 +131,17 @@ std::uint64_t searchNodes(const EvalTables& tables) {
   TimeControl timeControl;
   ThreadPool pool(tt, timeControl, tables);
   pool.setThreadCount(1);
-  pool.quiet = true;
-  timeControl.setInfinite(false);
   timeControl.setMoveTime(NoClock);
-  timeControl.setNodeLimit(0);
-  timeControl.setDepthLimit(SearchDepth);
+  timeControl.configure({.depth = SearchDepth});
 
   std::uint64_t nodes = 0;
   for (const char* fen : Positions) {
     if (!setPosition(pool.board(), fen)) return 0;
     tt.clear();
     pool.clearEvaluators();
-    pool.startSearch();
+    pool.startSearch(nullptr, true);
     pool.waitIdle();
-    nodes += pool.searchedNodes();
+    nodes += pool.state.searchedNodes();
   }
   return nodes;
 }

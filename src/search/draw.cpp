@@ -1,10 +1,9 @@
-#include "search/search.h"
+#include "search/draw.h"
 
 #include <algorithm>
 
 #include "board/attacks.h"
-#include "search/params.h"
-#include "search/worker.h"
+#include "search/node.h"
 
 namespace quill {
 
@@ -14,7 +13,7 @@ constexpr int FiftyMovePlies = 99;  // more quiet plies than this draw
 
 // The side to move can go back to where it came from, the opponent having gone back itself: the
 // position before their two moves comes up again. The move back is the line.
-bool canRepeat(Worker& worker, int ply, int beta) {
+bool canGoBack(Worker& worker, int ply, int beta) {
   const Board& board = worker.board;
   if (beta > DrawScore || ply <= 2 || board.quietPlies() <= 2) return false;
   const Move last = board.moves[board.ply];
@@ -24,8 +23,7 @@ bool canRepeat(Worker& worker, int ply, int beta) {
   if (isCastling(own) || contains(between[fromOf(own)][toOf(own)], fromOf(first))) return false;
   const Move back = makeQuiet(toOf(own), fromOf(own));
   if (back == NoMove) return false;
-  worker.pv[ply][0] = back;
-  worker.pv[ply][1] = NoMove;
+  setLine(worker, ply, back);
   return true;
 }
 
@@ -55,7 +53,7 @@ bool isRepetition(const Board& board, int ply) {
 
 bool isDrawByRule(Worker& worker, int ply, int beta) {
   const Board& board = worker.board;
-  return canRepeat(worker, ply, beta) || board.quietPlies() > FiftyMovePlies ||
+  return canGoBack(worker, ply, beta) || board.quietPlies() > FiftyMovePlies ||
          hasInsufficientMaterial(board) || isRepetition(board, ply);
 }
 

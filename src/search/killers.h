@@ -1,10 +1,10 @@
-// Killer moves: for each ply the last two quiet moves that proved best there, tried early elsewhere
-// on the same ply.
+// Killer moves: the last two quiet moves that proved best at a ply, tried early in its other nodes.
 #pragma once
 
 #include <array>
 
-#include "search/root_moves.h"
+#include "board/move.h"
+#include "search/params.h"
 
 namespace quill {
 

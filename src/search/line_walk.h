@@ -6,7 +6,7 @@
 #include <span>
 
 #include "board/make_move.h"
-#include "search/root_moves.h"
+#include "search/params.h"
 
 namespace quill {
 

@@ -5,21 +5,28 @@
 
 namespace quill {
 
-inline constexpr int MateScore = 30000;  // a side that is mated at ply p scores -MateScore + p
+// Plies of search stack: no line is longer, and no table by ply.
+inline constexpr int MaxSearchPly = 128;
+
+// A side that is mated at ply p scores -MateScore + p.
+inline constexpr int MateScore = 30000;
 inline constexpr int DrawScore = 0;
-// Beyond this a score is decisive: no evaluation reaches it, and static pruning keeps away from it.
-inline constexpr int DecisiveScore = 9999;
-// From here on windows are narrowed by the mates that are still possible.
-inline constexpr int MateDistanceScore = 10000;
-// Beyond this internal deepening has found a forced mate and its result is taken as it is.
+// From here on a score is decisive: no evaluation reaches it, static pruning keeps away from it, a
+// table entry of any depth proves it, and windows beyond it are narrowed by the mates that are
+// still possible.
+inline constexpr int DecisiveScore = 10000;
+// From here on a score is a forced mate: internal deepening takes it as it is, and reports show it
+// as a count of moves.
 inline constexpr int ForcedMateScore = 29000;
+// Beyond this the table keeps a score relative to its node.
+inline constexpr int TableMateScore = 29010;
 
 // Below this ply a node is searched, deeper ones are evaluated: keeps every stack index under 128.
 inline constexpr int DeepestPly = 119;
 inline constexpr int DeepestIteration = 120;
 
-// How much the static evaluation is trusted at a remaining depth, for static null-move and futility
-// pruning.
+// How far the static evaluation may be off at a remaining depth: for static null-move pruning and
+// futility pruning.
 inline constexpr std::array<int, 7> Margin = {0, 50, 50, 250, 550, 1150, 1150};
 
 inline constexpr int StaticNullDepth = 4;  // static null-move pruning up to this depth
@@ -31,12 +38,10 @@ inline constexpr int NullMoveReduction = 5;      // with two or more pieces
 inline constexpr int NullMoveFewReduction = 4;   // with fewer, for fear of zugzwang
 inline constexpr int VerificationReduction = 5;  // with a bishop, rook or queen
 inline constexpr int VerificationFewReduction = 4;
-// A reduced move whose null-move reply loses to a mate is searched again at full depth.
-inline constexpr int NullMateThreat = -28999;
 
 inline constexpr int InternalReduction = 2;  // of internal iterative deepening
-inline constexpr int ExtensionDepth =
-    3;  // recaptures and pawn endings are extended above this depth
+// Recaptures and entries into pawn endings are extended above this depth.
+inline constexpr int ExtensionDepth = 3;
 
 inline constexpr int LateReduction = 2;     // of late moves while a rook or queen is left
 inline constexpr int LateFewReduction = 1;  // and otherwise
@@ -55,8 +60,7 @@ inline constexpr int DeltaMinors = 499;         // up to this, knights and bisho
 inline constexpr int DeltaSlack = 50;           // the pruned captures' assumed shortfall
 inline constexpr int EvasionMargin = 50;        // above eval + this, quiet evasions are dropped
 
-// Aspiration windows: from this depth on, widened by these steps around the last iteration's
-// scores.
+// Aspiration windows: from this depth on, opened step by step around the last iteration's scores.
 inline constexpr int AspirationDepth = 4;
 inline constexpr std::array<int, 7> AspirationSteps = {25, 50, 150, 400, 650, 1250, 60000};
 

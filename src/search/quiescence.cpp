@@ -5,15 +5,12 @@
 #include "board/attacks.h"
 #include "board/mate_in_one.h"
 #include "board/movegen.h"
-#include "eval/evaluator.h"
 #include "eval/see.h"
+#include "search/draw.h"
 #include "search/move_order.h"
-#include "search/params.h"
+#include "search/node.h"
 #include "search/quiet_checks.h"
-#include "search/search.h"
 #include "search/threat.h"
-#include "search/tt.h"
-#include "search/worker.h"
 
 namespace quill {
 
@@ -42,13 +39,6 @@ struct QNode {
   UndoInfo undo{};
 };
 
-struct Verdict {
-  bool decided = false;
-  int score = 0;
-
-  static Verdict decide(int score) { return {true, score}; }
-};
-
 // The moves of one phase. Captures are picked one by one, so that a cut-off spares the sorting of
 // the rest; the other lists arrive sorted.
 struct QMoves {
@@ -70,11 +60,7 @@ struct QMoves {
   }
 };
 
-bool isStopped(const Worker& worker) { return worker.stop.load(std::memory_order_relaxed); }
-
 bool isPv(const QNode& node) { return (node.flags & ZeroWindowNodes) == 0; }
-
-int pieces(const Board& board, Colour colour) { return pieceCount(board.side[colour].material); }
 
 void store(Worker& worker, const QNode& node, int bound, int score, Move move) {
   worker.tt.storeScore(worker, bound, node.tableDepth, node.ply, score, move, node.eval);
@@ -90,7 +76,7 @@ Verdict probeTable(Worker& worker, QNode& node) {
     const int score = scoreFromTable(entry.score, node.ply);
     if (cutsOff(entry, score, node.tableDepth, node.alpha, node.beta)) {
       setLine(worker, node.ply, entry.move);
-      return Verdict::decide(score);
+      return score;
     }
   }
   node.eval = entry.eval;
@@ -202,7 +188,7 @@ void prepareCaptures(const Board& board, QNode& node, QMoves& moves) {
 Verdict prepareFullWidth(Worker& worker, QNode& node, QMoves& moves) {
   Move* end = generateMoves(worker.board, moves.list);
   moves.size = static_cast<int>(end - moves.list);
-  if (moves.size == 0) return Verdict::decide(DrawScore);
+  if (moves.size == 0) return DrawScore;
   orderMoves(worker.board, worker.killers, node.ply, moves.list, end, node.hashMove);
   node.checkDepth /= 2;
   return {};
@@ -211,12 +197,12 @@ Verdict prepareFullWidth(Worker& worker, QNode& node, QMoves& moves) {
 // The moves of a side that is not in check, or its stand-pat score when that decides.
 Verdict prepareQuiet(Worker& worker, QNode& node, QMoves& moves) {
   const Board& board = worker.board;
-  if (isStalemate(board)) return Verdict::decide(DrawScore);
+  if (isStalemate(board)) return DrawScore;
   const Threats threats = findThreats(board, node);
   if (needsFullWidth(board, node, node.checkDepth, threats))
     return prepareFullWidth(worker, node, moves);
   const int score = standPatScore(node, threats);
-  if (score >= node.beta) return Verdict::decide(score);
+  if (score >= node.beta) return score;
   node.alpha = std::max(node.alpha, score);
   node.best = score;
   prepareCaptures(board, node, moves);
@@ -241,7 +227,7 @@ void dropQuietEvasions(const Board& board, QNode& node, QMoves& moves) {
 Verdict prepareEvasions(const Board& board, QNode& node, QMoves& moves) {
   moves.size = static_cast<int>(generateEvasions(board, moves.list) - moves.list);
   const int evasions = moves.size;
-  if (evasions == 0) return Verdict::decide(-MateScore + node.ply);
+  if (evasions == 0) return -MateScore + node.ply;
   if (node.checkDepth <= 1 && evasions != 2) node.checkDepth = evasions == 1 ? 1 : 0;
   if (evasions > 1 && !isPv(node)) dropQuietEvasions(board, node, moves);
   orderEvasions(board, moves.list, moves.list + moves.size, node.hashMove);
@@ -256,7 +242,7 @@ Verdict takeScore(Worker& worker, QNode& node, Move move, int score, bool isKill
     setLine(worker, node.ply, move);
     if (isKiller) updateKillers(worker.killers, node.ply, move);
     store(worker, node, LowerBound, score, move);
-    return Verdict::decide(score);
+    return score;
   }
   node.best = score;
   node.bestMove = move;
@@ -274,12 +260,10 @@ Verdict searchMateInOne(Worker& worker, QNode& node) {
   if (!wanted) return {};
   const Move move = findMateInOne(board, board.stm ^ 1);
   if (move == NoMove || !isLegalMove(board, move)) return {};
-  makeMove(board, move);
-  worker.tt.prefetch(board);
-  updateAttackInfo(board);
+  makeForSearch(worker, move);
   const int score = -qsearch(worker, node.ply + 1, 0, -node.beta, -node.alpha, PvNode);
   unmakeMove(board, move, node.undo);
-  if (isStopped(worker)) return Verdict::decide(0);
+  if (worker.isUnwinding()) return 0;
   return takeScore(worker, node, move, score, false);
 }
 
@@ -291,7 +275,7 @@ int searchChild(Worker& worker, const QNode& node) {
   const unsigned kept = node.flags & InQuiescence;
   if (node.bestMove != NoMove) {
     const int score = child(node.alpha, node.alpha + 1, kept | CutNode);
-    if (isStopped(worker) || score <= node.alpha) return score;
+    if (worker.isUnwinding() || score <= node.alpha) return score;
   }
   return child(node.alpha, node.beta, kept | PvNode);
 }
@@ -310,42 +294,36 @@ Verdict searchMoves(Worker& worker, QNode& node, QMoves& moves, bool inCheck) {
   for (int i = 0; i < moves.size; ++i) {
     const Move move = next;
     next = pickAhead(worker, moves, i + 1);
-    makeMove(board, move);
-    worker.tt.prefetch(board);
-    prefetchPawnEntry(worker.evaluator);
-    updateAttackInfo(board);
+    makeForSearch(worker, move);
     const int score = searchChild(worker, node);
     unmakeMove(board, move, node.undo);
-    if (isStopped(worker)) return Verdict::decide(0);
-    const Verdict verdict = takeScore(worker, node, move, score, !inCheck && isQuiet(move));
-    if (verdict.decided) return verdict;
+    if (worker.isUnwinding()) return 0;
+    if (const Verdict cut = takeScore(worker, node, move, score, !inCheck && isQuiet(move)))
+      return cut;
   }
   return {};
 }
 
 int searchNode(Worker& worker, QNode& node) {
   const Board& board = worker.board;
-  Verdict verdict = probeTable(worker, node);
-  if (verdict.decided) return verdict.score;
+  if (const Verdict score = probeTable(worker, node)) return *score;
   if (node.ply > DeepestPly) return node.eval;
   const bool inCheck = board.isInCheck();
   QMoves moves;
-  verdict = inCheck ? prepareEvasions(board, node, moves) : prepareQuiet(worker, node, moves);
-  if (verdict.decided) return verdict.score;
-  if (node.beta < -MateDistanceScore && node.beta <= node.ply - MateScore + 2) return node.beta;
+  if (const Verdict score =
+          inCheck ? prepareEvasions(board, node, moves) : prepareQuiet(worker, node, moves))
+    return *score;
+  if (node.beta <= node.ply - MateScore + 2) return node.beta;
   node.undo = board;
   if (!inCheck) {
-    verdict = searchMateInOne(worker, node);
-    if (verdict.decided) return verdict.score;
+    if (const Verdict score = searchMateInOne(worker, node)) return *score;
   }
-  verdict = searchMoves(worker, node, moves, inCheck);
-  if (verdict.decided) return verdict.score;
+  if (const Verdict score = searchMoves(worker, node, moves, inCheck)) return *score;
   if (node.checkPhaseDue) {
     const Bitboard uncovered = ~board.own().bb[0] & ~node.targets;
     moves.size = static_cast<int>(generateQuietChecks(board, moves.list, uncovered) - moves.list);
     moves.isSorted = true;
-    verdict = searchMoves(worker, node, moves, inCheck);
-    if (verdict.decided) return verdict.score;
+    if (const Verdict score = searchMoves(worker, node, moves, inCheck)) return *score;
   }
   store(worker, node, node.best > node.entryAlpha ? ExactBound : UpperBound, node.best,
         node.bestMove);
@@ -355,12 +333,12 @@ int searchNode(Worker& worker, QNode& node) {
 }  // namespace
 
 int qsearch(Worker& worker, int ply, int checkDepth, int alpha, int beta, unsigned flags) {
-  if (isStopped(worker)) return 0;
+  if (worker.isUnwinding()) return 0;
   ++worker.stats.qnodes;
   if (worker.stats.qnodes % PollQNodes == 0 && pollLimits(worker)) return 0;
   worker.pv[ply][0] = NoMove;
   if (isDrawByRule(worker, ply, beta)) return DrawScore;
-  if (alpha > MateDistanceScore && alpha >= MateScore - 1 - ply) return alpha;
+  if (alpha >= MateScore - 1 - ply) return alpha;
 
   QNode node{};
   node.ply = ply;

@@ -7,8 +7,8 @@
 #include "board/notation.h"
 #include "search/line_walk.h"
 #include "search/params.h"
+#include "search/search_state.h"
 #include "shell/log.h"
-#include "smp/thread_pool.h"
 #include "time/time_control.h"
 
 namespace quill {
@@ -16,14 +16,13 @@ namespace quill {
 namespace {
 
 constexpr char Units[] = " kmgt?";
-constexpr int MateShown = 29000;    // from here on a score is shown as a mate
 constexpr int LineTextSize = 1024;  // a line's moves; enough for some hundred and fifty
 
 // Writes the score in eight columns, as a count of moves to mate where it is one.
 int formatScore(char* out, std::size_t size, int score) {
-  if (score < -MateShown + 1)
+  if (score <= -ForcedMateScore)
     return std::snprintf(out, size, "     %+3i#", (-MateScore - score) / 2);
-  if (score >= MateShown)
+  if (score >= ForcedMateScore)
     return std::snprintf(out, size, "     %+3i#", (MateScore + 1 - score) / 2);
   return std::snprintf(out, size, "%8i ", score);
 }
@@ -39,21 +38,21 @@ int formatTime(char* out, std::size_t size, std::uint32_t ms) {
 struct LineHead {
   char text[160];
 
-  LineHead(const ThreadPool& pool, int score) {
-    const Worker& master = *pool.workers[0];
+  LineHead(const SearchState& state, int score) {
+    const Worker& master = state.master();
     const ShortCount nodes = shortenCount(master.stats.searched());
     char time[32];
     char value[32];
-    formatTime(time, sizeof time, pool.timeControl.elapsed());
+    formatTime(time, sizeof time, state.timeControl.elapsed());
     formatScore(value, sizeof value, score);
-    const char* indent = pool.iterationDepth <= 9 ? "  " : pool.iterationDepth <= 99 ? " " : "";
-    std::snprintf(text, sizeof text, "%s[%i/%i] %s%s%8i%c%s", indent, pool.iterationDepth,
+    const char* indent = state.iterationDepth <= 9 ? "  " : state.iterationDepth <= 99 ? " " : "";
+    std::snprintf(text, sizeof text, "%s[%i/%i] %s%s%8i%c%s", indent, state.iterationDepth,
                   master.selDepth, master.selDepth <= 9 ? " " : "", time, nodes.value, nodes.unit,
                   value);
   }
 };
 
-bool isSilent(const ThreadPool& pool) { return pool.quiet || logStream() == nullptr; }
+bool isSilent(const SearchState& state) { return state.quiet || logStream() == nullptr; }
 
 // The line's moves in algebraic notation, each with "+" when it gives check and a blank behind it.
 void writeLine(Board& board, const Move* line, char* text, std::size_t size) {
@@ -81,43 +80,43 @@ ShortCount shortenCount(std::uint64_t value) {
   return {static_cast<int>(value), Units[divisions]};
 }
 
-void printSearchLine(const ThreadPool& pool, int score, const char* text) {
-  if (isSilent(pool)) return;
+void printSearchLine(const SearchState& state, int score, const char* text) {
+  if (isSilent(state)) return;
   const bool hasText = text != nullptr;
-  log("%s%s%s", LineHead(pool, score).text, hasText ? " " : "", hasText ? text : "");
+  log("%s%s%s", LineHead(state, score).text, hasText ? " " : "", hasText ? text : "");
 }
 
-void printFailLine(const ThreadPool& pool, int score, const char* text, Move move) {
-  if (isSilent(pool)) return;
+void printFailLine(const SearchState& state, int score, const char* text, Move move) {
+  if (isSilent(state)) return;
   char moveText[MoveTextSize] = "";
   if (move != NoMove) uciMoveText(moveText, move);
-  log("%s %s%s\n", LineHead(pool, score).text, text, moveText);
+  log("%s %s%s\n", LineHead(state, score).text, text, moveText);
 }
 
-void printPvLine(ThreadPool& pool, int slot) {
-  const RootMove& record = pool.rootMoves.at(slot);
-  const Move* line = pool.rootMoves.lineAt(slot);
-  if (pool.listener != nullptr) pool.listener->reportPv(record.depth, record.score, line[0]);
-  if (isSilent(pool)) return;
+void printPvLine(SearchState& state, int slot) {
+  const RootMove& record = state.rootMoves.at(slot);
+  const Move* line = state.rootMoves.lineAt(slot);
+  if (state.listener != nullptr) state.listener->reportPv(record.depth, record.score, line[0]);
+  if (isSilent(state)) return;
   char text[LineTextSize];
   char prefix[4] = "";
-  if (pool.activeMultiPv > 1) {
+  if (state.activeMultiPv > 1) {
     prefix[0] = static_cast<char>('1' + slot);
     prefix[1] = ')';
     prefix[2] = ' ';
   }
-  writeLine(pool.board(), line, text, sizeof text);
-  log("%s %s%s\n", LineHead(pool, record.score).text, prefix, text);
+  writeLine(state.master().board, line, text, sizeof text);
+  log("%s %s%s\n", LineHead(state, record.score).text, prefix, text);
 }
 
-void printIteration(const ThreadPool& pool, int score, const char* reason, float nodeRatio,
+void printIteration(const SearchState& state, int score, const char* reason, float nodeRatio,
                     const char* suffix) {
-  if (pool.quiet) {
+  if (state.quiet) {
     log("/%2.1f %s\n", static_cast<double>(nodeRatio), suffix);
     return;
   }
   if (logStream() == nullptr) return;
-  log("%s %s/%2.1f %s\n", LineHead(pool, score).text, reason, static_cast<double>(nodeRatio),
+  log("%s %s/%2.1f %s\n", LineHead(state, score).text, reason, static_cast<double>(nodeRatio),
       suffix);
 }
 

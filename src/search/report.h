@@ -7,7 +7,7 @@
 
 namespace quill {
 
-struct ThreadPool;
+struct SearchState;
 struct SearchStats;
 struct Worker;
 
@@ -19,18 +19,18 @@ struct ShortCount {
 ShortCount shortenCount(std::uint64_t value);
 
 // The head of every console line (depth, time, nodes, score), followed by a blank and the text when
-// there is one; no newline. Nothing when the pool is quiet.
-void printSearchLine(const ThreadPool& pool, int score, const char* text);
+// there is one; no newline. Nothing when the search is quiet.
+void printSearchLine(const SearchState& state, int score, const char* text);
 
 // A root move that failed high or low: the head, the text and, right behind it, the move.
-void printFailLine(const ThreadPool& pool, int score, const char* text, Move move);
+void printFailLine(const SearchState& state, int score, const char* text, Move move);
 
 // The line at the slot of the root moves: to the listener, and in algebraic notation to the
 // console. Plays the line on the master's board and takes it back.
-void printPvLine(ThreadPool& pool, int slot);
+void printPvLine(SearchState& state, int slot);
 
 // The end of an iteration: the reason and the ratio of nodes after and before it.
-void printIteration(const ThreadPool& pool, int score, const char* reason, float nodeRatio,
+void printIteration(const SearchState& state, int score, const char* reason, float nodeRatio,
                     const char* suffix);
 
 // The statistics after a search: counters summed over the workers, elapsed seconds, table size.

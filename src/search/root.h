@@ -7,16 +7,13 @@
 
 namespace quill {
 
-struct ThreadPool;
+struct SearchState;
 
-// Forgets the last search: root record, the master's counters and killers; starts the clock and
-// ages the transposition table. Input thread, while the pool is idle.
-void prepareSearch(ThreadPool& pool);
-
-// The search itself. Ends by calling the listener's searchFinished.
-void think(ThreadPool& pool);
+// The search itself, of the position on the master's board. Ends by calling the listener's
+// searchFinished. Requires: the state has been reset for this search.
+void think(SearchState& state);
 
 // True when the search has to end now: a limit is reached or a stop was asked for.
-bool checkRootLimits(ThreadPool& pool);
+bool checkRootLimits(SearchState& state);
 
 }  // namespace quill

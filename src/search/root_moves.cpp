@@ -9,6 +9,22 @@
 
 namespace quill {
 
+namespace {
+
+// The most expensive first, equal ones as they were. An insertion sort: it needs no memory, and the
+// moves are nearly in order most of the time.
+void sortByNodes(RootMoveList& list, int first) {
+  for (int i = first + 1; i < static_cast<int>(list.count); ++i) {
+    const std::uint32_t moved = list.order[i];
+    const std::uint64_t nodes = list.records[moved].nodes;
+    int to = i;
+    for (; to > first && list.at(to - 1).nodes < nodes; --to) list.order[to] = list.order[to - 1];
+    list.order[to] = moved;
+  }
+}
+
+}  // namespace
+
 void RootMoveList::clear() {
   order[0] = 0;
   records[0] = {};
@@ -49,10 +65,7 @@ int initRootMoves(RootMoveList& list, Worker& worker) {
     list.lines[i][0] = NoMove;
     list.lines[i][1] = NoMove;
   }
-  std::stable_sort(list.order.begin(), list.order.begin() + count,
-                   [&](std::uint32_t a, std::uint32_t b) {
-                     return list.records[a].nodes > list.records[b].nodes;
-                   });
+  sortByNodes(list, 0);
   for (int i = 0; i < count; ++i) list.records[i].nodes = 0;
   return count;
 }
@@ -77,13 +90,7 @@ int placeRootMove(RootMoveList& list, int multiPv, int slot) {
   return j;
 }
 
-void sortRootTail(RootMoveList& list, int k) {
-  const auto end = list.order.begin() + list.count;
-  const auto first = std::min(list.order.begin() + k, end);
-  std::stable_sort(first, end, [&](std::uint32_t a, std::uint32_t b) {
-    return list.records[a].nodes > list.records[b].nodes;
-  });
-}
+void sortRootTail(RootMoveList& list, int k) { sortByNodes(list, k); }
 
 int bestScore(const RootMoveList& list) { return list.at(0).score; }
 

@@ -4,13 +4,11 @@
 #include <array>
 
 #include "board/move.h"
+#include "search/params.h"
 
 namespace quill {
 
 struct Worker;
-
-// Plies of search stack: no line is longer.
-inline constexpr int MaxSearchPly = 128;
 
 enum RootBound : std::uint8_t { NotSearched = 0, FailLow = 1, FailHigh = 2, Exact = 3 };
 
@@ -23,11 +21,11 @@ struct RootMove {
 };
 
 struct RootMoveList {
-  std::array<std::uint32_t, MaxMoves>
-      order;  // indices into records and lines; order[0] is the best move
+  // Indices into records and lines; order[0] is the best move.
+  std::array<std::uint32_t, MaxMoves> order;
   std::array<RootMove, MaxMoves> records;
-  std::array<std::array<Move, MaxSearchPly>, MaxMoves>
-      lines;  // 0-terminated, the move itself first
+  // The move itself first, ended by 0.
+  std::array<std::array<Move, MaxSearchPly>, MaxMoves> lines;
   std::uint32_t count;
 
   // Forgets all moves; record 0 then reads as "no move".
@@ -46,13 +44,13 @@ struct RootMoveList {
 int lineCount(const RootMoveList& list, int multiPv);
 
 // Fills the list with the legal moves of the worker's board, ordered by static exchange. Returns
-// their number; with none, record 0's score is -30000 in check and 0 otherwise.
+// their number; with none, record 0's score is -MateScore in check and 0 otherwise.
 int initRootMoves(RootMoveList& list, Worker& worker);
 
 // Moves the record at slot to its place among the first min(multiPv, count); returns its new slot.
 int placeRootMove(RootMoveList& list, int multiPv, int slot);
 
-// Bubbles the moves behind the first k by nodes, the most expensive first.
+// Sorts the moves behind the first k by nodes, the most expensive first, equal ones as they were.
 void sortRootTail(RootMoveList& list, int k);
 
 int bestScore(const RootMoveList& list);

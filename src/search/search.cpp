@@ -3,21 +3,16 @@
 #include <algorithm>
 #include <cassert>
 
-#include "board/make_move.h"
 #include "board/mate_in_one.h"
 #include "board/movegen.h"
-#include "eval/evaluator.h"
 #include "eval/see.h"
+#include "search/draw.h"
 #include "search/move_order.h"
-#include "search/params.h"
+#include "search/node.h"
 #include "search/quiescence.h"
 #include "search/quiet_threats.h"
 #include "search/threat.h"
-#include "search/tt.h"
-#include "search/worker.h"
-#include "smp/split_point.h"
-#include "smp/thread_pool.h"
-#include "time/time_control.h"
+#include "smp/split.h"
 
 namespace quill {
 
@@ -33,14 +28,6 @@ struct Node : NodeParams {
   UndoInfo undo{};         // of the node's own position
 };
 
-// What a step says: the node is decided with this score, or the next step has to look.
-struct Verdict {
-  bool decided = false;
-  int score = 0;
-
-  static Verdict decide(int score) { return {true, score}; }
-};
-
 // The list of a node's moves, the early ones in front of the late ones.
 struct NodeMoves {
   Move list[MaxMoves];
@@ -50,27 +37,15 @@ struct NodeMoves {
   bool hasThreats = false;  // threats of the late moves are computed
 };
 
-bool isStopped(const Worker& worker) { return worker.stop.load(std::memory_order_relaxed); }
-
-int pieces(const Board& board, Colour colour) { return pieceCount(board.side[colour].material); }
-
 // Bishops, rooks and queens of the colour.
 bool hasSlider(const Board& board, Colour colour) {
   const Side& side = board.side[colour];
   return (side.bb[Bishop] | side.bb[Rook] | side.bb[Queen]) != 0;
 }
 
+// Rooks or queens of the colour.
 bool hasMajor(const Board& board, Colour colour) {
   return (board.side[colour].bb[Rook] | board.side[colour].bb[Queen]) != 0;
-}
-
-// Makes the move and all that its child relies on; the child's table lines are on their way
-// meanwhile.
-void makeForSearch(Worker& worker, Move move) {
-  makeMove(worker.board, move);
-  worker.tt.prefetch(worker.board);
-  prefetchPawnEntry(worker.evaluator);
-  updateAttackInfo(worker.board);
 }
 
 void rewardKiller(Worker& worker, const Node& node, Move move) {
@@ -103,7 +78,7 @@ Verdict probeTable(Worker& worker, Node& node) {
     if ((entry.bound & LowerBound) != 0 && entry.move != NoMove)
       rewardKiller(worker, node, entry.move);
     setLine(worker, node.ply, entry.move);
-    return Verdict::decide(score);
+    return score;
   }
   node.eval = entry.eval;
   if ((node.flags & (PvNode | CutNode)) != 0) node.hashMove = entry.move;
@@ -112,25 +87,21 @@ Verdict probeTable(Worker& worker, Node& node) {
 
 // No line through this node can be better for either side than the mates they have already.
 Verdict pruneByMateDistance(const Node& node) {
-  if (node.alpha > MateDistanceScore && node.alpha >= MateScore - 1 - node.ply) {
-    return Verdict::decide(node.alpha);
-  }
-  const int mated = node.ply - MateScore + (node.inCheck ? 0 : 2);
-  if (node.beta < -MateDistanceScore && node.beta <= mated) return Verdict::decide(node.beta);
+  if (node.alpha >= MateScore - 1 - node.ply) return node.alpha;
+  if (node.beta <= node.ply - MateScore + (node.inCheck ? 0 : 2)) return node.beta;
   return {};
 }
 
-// Static null-move pruning: so far above beta, and under no threat, that a move would only confirm
-// it.
+// Static null-move pruning: so far above beta, and under no threat: a move would only confirm it.
 Verdict cutStatically(Worker& worker, const Node& node) {
   const Board& board = worker.board;
   if ((node.flags & (NullOk | PvNode)) != NullOk || node.inCheck) return {};
-  if (node.beta < -DecisiveScore || node.depth > StaticNullDepth) return {};
+  if (node.beta <= -DecisiveScore || node.depth > StaticNullDepth) return {};
   if (node.eval - Margin[node.depth + 1] < node.beta || !hasSlider(board, board.stm)) return {};
   if (node.eval - threatValue(board, board.stm) < node.beta) return {};
   if (findMateInOne(board, board.stm) != NoMove) return {};
   store(worker, node, LowerBound | StaticCut, node.beta, NoMove);
-  return Verdict::decide(node.beta);
+  return node.beta;
 }
 
 // The score of passing the turn, searched shallow first and to its full reduced depth only when
@@ -159,28 +130,29 @@ int searchNullMove(Worker& worker, const Node& node) {
 Verdict cutByNullMove(Worker& worker, const Node& node) {
   const Board& board = worker.board;
   if ((node.flags & (CutNode | NullOk)) != (CutNode | NullOk) || node.inCheck) return {};
-  if (node.beta < -DecisiveScore || pieces(board, board.stm) == 0) return {};
+  if (node.beta <= -DecisiveScore || pieces(board, board.stm) == 0) return {};
   if (node.beta >= node.eval - NullMoveMargin) return {};
 
   const int score = searchNullMove(worker, node);
-  if (isStopped(worker)) return Verdict::decide(0);
+  if (worker.isUnwinding()) return 0;
   // A mate that needs the opponent to pass proves nothing.
-  if (score > DecisiveScore) return {};
+  if (score >= DecisiveScore) return {};
   if (score < node.beta) {
-    const bool threat = (node.flags & Reduced) != 0 && score < NullMateThreat;
-    return threat ? Verdict::decide(-MateScore) : Verdict{};
+    // A mate threat behind a reduced late move: the parent searches the move at full depth.
+    if ((node.flags & Reduced) != 0 && score <= -ForcedMateScore) return -MateScore;
+    return {};
   }
   const int reduction =
       hasSlider(board, board.stm) ? VerificationReduction : VerificationFewReduction;
   if (node.depth > reduction) {
     const int verified =
         search(worker, node.ply, node.depth - reduction, node.beta - 1, node.beta, CutNode);
-    if (isStopped(worker)) return Verdict::decide(0);
+    if (worker.isUnwinding()) return 0;
     if (verified < node.beta) return {};
   }
   setLine(worker, node.ply, NoMove);
   store(worker, node, LowerBound | StaticCut, score, NoMove);
-  return Verdict::decide(score);
+  return score;
 }
 
 // Internal iterative deepening: a shallower search of the same node finds the move to begin with.
@@ -189,10 +161,10 @@ Verdict deepenInternally(Worker& worker, Node& node) {
     return {};
   const int score =
       search(worker, node.ply, node.depth - InternalReduction, node.alpha, node.beta, node.flags);
-  if (isStopped(worker)) return Verdict::decide(0);
+  if (worker.isUnwinding()) return 0;
   if (score > node.alpha) node.hashMove = worker.pv[node.ply][0];
-  if (score >= node.beta && score > ForcedMateScore) return Verdict::decide(score);
-  if (score < node.alpha && score < -ForcedMateScore) return Verdict::decide(score);
+  if (score >= node.beta && score > ForcedMateScore) return score;
+  if (score < node.alpha && score < -ForcedMateScore) return score;
   return {};
 }
 
@@ -224,8 +196,8 @@ Verdict searchHashMove(Worker& worker, Node& node) {
   const unsigned flags = (node.flags & PvNode) != 0 ? unsigned{PvNode} : oppositeNode(node.flags);
   const int score = -search(worker, node.ply + 1, depth, -node.beta, -node.alpha, flags);
   unmakeMove(worker.board, move, node.undo);
-  if (isStopped(worker)) return Verdict::decide(0);
-  if (score >= node.beta) return Verdict::decide(failHigh(worker, node, move, score));
+  if (worker.isUnwinding()) return 0;
+  if (score >= node.beta) return failHigh(worker, node, move, score);
   if (score > node.alpha) {
     extendLine(worker, node.ply, move);
     store(worker, node, LowerBound, score, move);
@@ -250,7 +222,7 @@ Verdict prepareMoves(Worker& worker, Node& node, NodeMoves& moves) {
   node.futilityLimit = MateScore;
   if (node.inCheck) {
     moves.end = generateEvasions(board, moves.list);
-    if (moves.end == moves.list) return Verdict::decide(-MateScore + node.ply);
+    if (moves.end == moves.list) return -MateScore + node.ply;
     if (moves.end == moves.list + 1) {
       markSingleReply(node, moves);
     } else {
@@ -264,7 +236,7 @@ Verdict prepareMoves(Worker& worker, Node& node, NodeMoves& moves) {
     node.futilityLimit = node.eval + Margin[node.depth];
   }
   moves.end = generateMoves(board, moves.list);
-  if (moves.end == moves.list) return Verdict::decide(DrawScore);
+  if (moves.end == moves.list) return DrawScore;
   if (moves.end == moves.list + 1) {
     markSingleReply(node, moves);
   } else {
@@ -288,7 +260,7 @@ int threatOf(const Worker& worker, const Node& node, NodeMoves& moves, const Mov
 // Takes a searched move's score into the node.
 Verdict takeScore(Worker& worker, Node& node, Move move, int score) {
   if (score <= node.best) return {};
-  if (score >= node.beta) return Verdict::decide(failHigh(worker, node, move, score));
+  if (score >= node.beta) return failHigh(worker, node, move, score);
   node.best = score;
   node.bestMove = move;
   if (score > node.alpha) {
@@ -299,32 +271,28 @@ Verdict takeScore(Worker& worker, Node& node, Move move, int score) {
   return {};
 }
 
-// Offers the moves from `at` on to idle threads. Says whether they have been searched; the verdict
-// is then the node's, when it has one.
-bool splitMoves(Worker& worker, Node& node, NodeMoves& moves, const Move* at, Verdict& verdict) {
+// Offers the moves from `at` on to idle threads. What they came to, or nothing when nobody came.
+std::optional<SplitResult> splitMoves(Worker& worker, const Node& node, NodeMoves& moves,
+                                      const Move* at) {
   const Move* late = std::max<const Move*>(at, moves.late);
   if (late != moves.end) threatOf(worker, node, moves, late);
   const auto from = at - moves.list;
   // Early moves have no flags; late ones none while the node is not behind.
   const Move* const unflagged = moves.hasThreats ? late : moves.end;
   std::fill(moves.threats + from, moves.threats + (unflagged - moves.list), 0);
-  const SplitResult result =
-      trySplit(worker, {node, node.alpha, node.best, node.bestMove, withoutMark(node.hashMove), at,
-                        moves.threats + from, static_cast<int>(moves.end - at),
-                        static_cast<int>(late - at)});
-  if (!result.isSplit) return false;
-  if (isStopped(worker)) {
-    verdict = Verdict::decide(0);
-  } else if (result.best >= node.beta) {
-    verdict = Verdict::decide(failHigh(worker, node, result.bestMove, result.best));
-  } else {
-    if (result.best > node.alpha) {
-      std::copy_n(result.pv, MaxSearchPly, worker.pv[node.ply].begin());
-    }
-    node.best = result.best;
-    node.bestMove = result.bestMove;
-  }
-  return true;
+  return trySplit(worker, {node, node.alpha, node.best, node.bestMove, withoutMark(node.hashMove),
+                           at, moves.threats + from, static_cast<int>(moves.end - at),
+                           static_cast<int>(late - at)});
+}
+
+// Takes what a split came to into the node.
+Verdict takeSplit(Worker& worker, Node& node, const SplitResult& result) {
+  if (worker.isUnwinding()) return 0;
+  if (result.best >= node.beta) return failHigh(worker, node, result.bestMove, result.best);
+  if (result.best > node.alpha) joinLine(worker.pv[node.ply].data(), result.pv[0], result.pv + 1);
+  node.best = result.best;
+  node.bestMove = result.bestMove;
+  return {};
 }
 
 // A child is small most of the time: its table line has to be on its way this many moves before.
@@ -337,16 +305,17 @@ Verdict searchMoves(Worker& worker, Node& node, NodeMoves& moves) {
   for (const Move* at = moves.list; at != moves.end; ++at) {
     const Move move = *at;
     if (excluded != NoMove && isSameMove(move, excluded)) continue;
-    if (canSplit(worker) && node.bestMove != NoMove && at + 1 != moves.end && !isStopped(worker)) {
-      Verdict verdict;
-      if (splitMoves(worker, node, moves, at, verdict)) return verdict;
+    if (canSplit(worker) && node.bestMove != NoMove && at + 1 != moves.end &&
+        !worker.isUnwinding()) {
+      if (const auto split = splitMoves(worker, node, moves, at))
+        return takeSplit(worker, node, *split);
     }
     if (moves.end - at > PrefetchAhead) worker.tt.prefetchChild(worker.board, at[PrefetchAhead]);
     const bool late = at >= moves.late;
     const int threat = late ? threatOf(worker, node, moves, at) : 0;
     const MoveResult result = searchMove(worker, node, node.undo, move, late, threat, node.alpha,
                                          node.bestMove != NoMove);
-    if (result.kind == MoveResult::Stopped) return Verdict::decide(0);
+    if (result.kind == MoveResult::Stopped) return 0;
     if (result.kind == MoveResult::Pruned) {
       if (node.best < result.score) {
         node.best = result.score;
@@ -354,8 +323,7 @@ Verdict searchMoves(Worker& worker, Node& node, NodeMoves& moves) {
       }
       continue;
     }
-    if (const Verdict verdict = takeScore(worker, node, move, result.score); verdict.decided)
-      return verdict;
+    if (const Verdict score = takeScore(worker, node, move, result.score)) return score;
   }
   return {};
 }
@@ -374,43 +342,44 @@ int finishNode(Worker& worker, const Node& node) {
 // The node itself, once draws and the depth have been looked at.
 int searchNode(Worker& worker, Node& node) {
   const Board& board = worker.board;
+  // 3. The table.
   if ((node.flags & (CutNode | NullOk)) == (CutNode | NullOk) && !node.inCheck)
     worker.tt.prefetchChild(board, NoMove);
-  Verdict verdict = probeTable(worker, node);
-  if (verdict.decided) return verdict.score;
+  if (const Verdict score = probeTable(worker, node)) return *score;
   if (node.ply > DeepestPly) return node.eval;
-  verdict = pruneByMateDistance(node);
-  if (verdict.decided) return verdict.score;
-  verdict = cutStatically(worker, node);
-  if (verdict.decided) return verdict.score;
+  // 4. Mate distance.
+  if (const Verdict score = pruneByMateDistance(node)) return *score;
+  // 5. Static null move.
+  if (const Verdict score = cutStatically(worker, node)) return *score;
+  // 6. Null move.
   node.undo = board;
-  verdict = cutByNullMove(worker, node);
-  if (verdict.decided) return verdict.score;
+  if (const Verdict score = cutByNullMove(worker, node)) return *score;
+  // 7. Internal deepening.
   node.newDepth = node.depth - 1 + (node.inCheck ? 1 : 0);
-  verdict = deepenInternally(worker, node);
-  if (verdict.decided) return verdict.score;
-  verdict = searchHashMove(worker, node);
-  if (verdict.decided) return verdict.score;
+  if (const Verdict score = deepenInternally(worker, node)) return *score;
+  // 8. The hash move.
+  if (const Verdict score = searchHashMove(worker, node)) return *score;
+  // 9. The other moves.
   NodeMoves moves;
-  verdict = prepareMoves(worker, node, moves);
-  if (verdict.decided) return verdict.score;
-  verdict = searchMoves(worker, node, moves);
-  if (verdict.decided) return verdict.score;
+  if (const Verdict score = prepareMoves(worker, node, moves)) return *score;
+  if (const Verdict score = searchMoves(worker, node, moves)) return *score;
+  // 10. The result.
   return finishNode(worker, node);
 }
 
 }  // namespace
 
 int search(Worker& worker, int ply, int depth, int alpha, int beta, unsigned flags) {
-  if (isStopped(worker)) return 0;
+  // 1. The end of the search, or of the depth.
+  if (worker.isUnwinding()) return 0;
   if (depth < 1) {
     ++worker.stats.frontierNodes;
     return qsearch(worker, ply, QuiescenceCheckDepth, alpha, beta, flags | InQuiescence);
   }
   ++worker.stats.nodes;
-  if (worker.stats.nodes % PollNodes == 0) pollLimits(worker);
-  if (isStopped(worker)) return 0;
+  if (worker.stats.nodes % PollNodes == 0 && pollLimits(worker)) return 0;
   worker.selDepth = std::max(worker.selDepth, ply);
+  // 2. Draws.
   worker.pv[ply][0] = NoMove;
   if (isDrawByRule(worker, ply, beta)) return DrawScore;
 
@@ -427,7 +396,7 @@ int search(Worker& worker, int ply, int depth, int alpha, int beta, unsigned fla
 
 MoveResult searchMove(Worker& worker, const NodeParams& node, const UndoInfo& undo, Move move,
                       bool late, int threat, int alpha, bool hasBestMove) {
-  if (threat == 1 && alpha < MateDistanceScore && see(worker.board, move) < 0) threat = 0;
+  if (threat == 1 && alpha < DecisiveScore && see(worker.board, move) < 0) threat = 0;
   if (late && node.futilityLimit < alpha && isQuiet(move) && threat == 0) {
     ++worker.stats.pruned;
     return {MoveResult::Pruned, node.futilityLimit};
@@ -441,10 +410,10 @@ MoveResult searchMove(Worker& worker, const NodeParams& node, const UndoInfo& un
   if (depth > 0 && threat == 0 && late) {
     score = searchChild(depth - node.reduction, alpha, alpha + 1, Reduced | CutNode | NullOk);
   }
-  if (score > alpha && !isStopped(worker)) {
+  if (score > alpha && !worker.isUnwinding()) {
     if ((node.flags & PvNode) != 0) {
       if (hasBestMove) score = searchChild(depth, alpha, alpha + 1, CutNode | NullOk);
-      if (!hasBestMove || (score > alpha && !isStopped(worker))) {
+      if (!hasBestMove || (score > alpha && !worker.isUnwinding())) {
         score = searchChild(depth, alpha, node.beta, PvNode);
       }
     } else {
@@ -453,44 +422,8 @@ MoveResult searchMove(Worker& worker, const NodeParams& node, const UndoInfo& un
     }
   }
   unmakeMove(worker.board, move, undo);
-  if (isStopped(worker)) return {MoveResult::Stopped, 0};
+  if (worker.isUnwinding()) return {MoveResult::Stopped, 0};
   return {MoveResult::Searched, score};
-}
-
-bool pollLimits(Worker& worker) {
-  if (worker.pool.rootStop.load(std::memory_order_relaxed) || worker.timeControl.isTimeUp() ||
-      worker.timeControl.isNodeLimitReached(worker.stats.searched())) {
-    worker.pool.endSearch();
-  }
-  return isStopped(worker);
-}
-
-bool cutsOff(const TtEntry& entry, int score, int depth, int alpha, int beta) {
-  const int bound = entry.bound & ExactBound;
-  if (entry.depth >= depth) {
-    return bound == ExactBound || (bound == LowerBound && score >= beta) ||
-           (bound == UpperBound && score <= alpha);
-  }
-  // A forced mate stays one however deep it was found.
-  return (score > DecisiveScore && bound != UpperBound && score >= beta) ||
-         (score < -DecisiveScore && bound != LowerBound && score < alpha);
-}
-
-void setLine(Worker& worker, int ply, Move move) {
-  worker.pv[ply][0] = move;
-  worker.pv[ply][1] = NoMove;
-}
-
-void extendLine(Worker& worker, int ply, Move move) {
-  auto& line = worker.pv[ply];
-  const auto& rest = worker.pv[ply + 1];
-  line[0] = move;
-  int length = 0;
-  while (length < MaxSearchPly - 2 && rest[length] != NoMove) {
-    line[length + 1] = rest[length];
-    ++length;
-  }
-  line[length + 1] = NoMove;
 }
 
 }  // namespace quill

@@ -16,6 +16,7 @@
 #include "board/board.h"
 #include "board/make_move.h"
 #include "platform/prefetch.h"
+#include "search/params.h"
 
 namespace quill {
 
@@ -41,6 +42,9 @@ struct TtEntry {
 
 class Tt {
  public:
+  // The size that the engine starts with.
+  static constexpr int DefaultMegabytes = 32;
+
   // Makes a table of 1 MB.
   Tt();
   ~Tt();
@@ -100,12 +104,12 @@ class Tt {
   std::uint8_t generation_ = 0;
 };
 
-// Mate scores (beyond +-29010) are stored relative to the node at ply and read back likewise.
+// Mate scores are stored relative to the node at ply and read back likewise.
 constexpr int scoreToTable(int score, int ply) {
-  return score > 29010 ? score + ply : score < -29010 ? score - ply : score;
+  return score > TableMateScore ? score + ply : score < -TableMateScore ? score - ply : score;
 }
 constexpr int scoreFromTable(int score, int ply) {
-  return score >= 29011 ? score - ply : score < -29010 ? score + ply : score;
+  return score > TableMateScore ? score - ply : score < -TableMateScore ? score + ply : score;
 }
 
 }  // namespace quill

@@ -1,7 +1,6 @@
 #include "search/worker.h"
 
 #include "platform/clock.h"
-#include "smp/thread_pool.h"
 
 namespace quill {
 
@@ -22,12 +21,35 @@ void SearchStats::add(const SearchStats& other) {
   ttOverwrites.add(other.ttOverwrites);
 }
 
-Worker::Worker(ThreadPool& owner, int place)
-    : evaluator(board, owner.evalTables),
-      pool(owner),
-      tt(owner.tt),
-      timeControl(owner.timeControl),
-      index(place) {}
+Worker::Worker(SearchState& sharedState, Tt& table, const EvalTables& evalTables, int place)
+    : evaluator(board, evalTables), state(sharedState), tt(table), index(place) {}
+
+void Worker::reset() {
+  stats.reset();
+  selDepth = 0;
+  killers = {};
+  splitsInUse = 0;
+  splits = 0;
+  joins = 0;
+  kills.store(0, std::memory_order_relaxed);
+  timeSpent = {};
+}
+
+void stopWorker(Worker& worker) {
+  // Sequentially consistent, the lasting reason first: a worker that lowers its stop flag and then
+  // looks for reasons either sees this one or has its flag raised again behind it.
+  worker.stopped.store(true);
+  worker.stop.store(true);
+}
+
+void wakeWorker(Worker& worker) {
+  worker.currentSplit.store(nullptr, std::memory_order_relaxed);
+  worker.available.store(false, std::memory_order_relaxed);
+  worker.stopped.store(false, std::memory_order_relaxed);
+  worker.stop.store(false, std::memory_order_relaxed);
+  worker.idleEvent.reset();
+  worker.wakeEvent.set();
+}
 
 void account(Worker& worker, Activity activity) {
   const std::uint32_t now = platform::tickCountMs();

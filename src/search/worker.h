@@ -16,14 +16,14 @@
 #include "platform/lock.h"
 #include "platform/thread.h"
 #include "search/killers.h"
-#include "search/root_moves.h"
+#include "search/params.h"
 #include "smp/split_point.h"
 
 namespace quill {
 
 class Tt;
-class TimeControl;
-struct ThreadPool;
+struct EvalTables;
+struct SearchState;
 
 // A count that its own thread advances and others may read, perhaps a little late. Relaxed load and
 // store cost what a plain integer does.
@@ -66,7 +66,16 @@ enum Activity : int {
 };
 
 struct Worker {
-  Worker(ThreadPool& owner, int place);
+  Worker(SearchState& sharedState, Tt& table, const EvalTables& evalTables, int place);
+
+  // Forgets the last search, the stop flags apart, which the wake lowers. Input thread, while the
+  // worker is idle.
+  void reset();
+
+  // This worker has to unwind now (reads stop): a search ends, or just one node's.
+  bool isUnwinding() const { return stop.load(std::memory_order_relaxed); }
+  // Its whole search has been stopped (reads stopped): there is nothing more to look for.
+  bool isStopped() const { return stopped.load(std::memory_order_relaxed); }
 
   Board board;
   Evaluator evaluator;  // evaluates board
@@ -77,25 +86,23 @@ struct Worker {
   // Triangular table: pv[ply] is the best line found from ply, ended by 0.
   std::array<std::array<Move, MaxSearchPly>, MaxSearchPly> pv{};
 
-  ThreadPool& pool;
+  SearchState& state;  // of the search that all workers share
   Tt& tt;
-  TimeControl& timeControl;
   const int index;  // 0 = master
 
-  // Its thread. The events order everything that is done for an idle worker before what it then
-  // does.
+  // Its thread. What is done for an idle worker comes before what it does itself: the events order
+  // it.
   platform::Thread thread;
   platform::Event wakeEvent;
   platform::Event idleEvent;
   std::atomic<bool> quit{false};     // end the thread
   std::atomic<bool> stopped{false};  // the search is being stopped; cleared by the wake
 
-  // Split points. spinLock guards currentSplit and available against the threads that hand out
-  // work.
+  // Split points. spinLock guards currentSplit and available against threads that hand out work.
   std::array<SplitPoint, MaxSplitPoints> splitPoints;  // a stack, splitsInUse deep
   int splitsInUse = 0;
   std::atomic<SplitPoint*> currentSplit{nullptr};  // what it works at, none above all split points
-  std::atomic<bool> available{false};              // counted in the pool's idleCount
+  std::atomic<bool> available{false};              // counted in idleCount
   platform::SpinLock spinLock;
 
   // Counters of the search for the statistics.
@@ -105,6 +112,11 @@ struct Worker {
   std::uint32_t lastTick = 0;                            // ms
   std::array<std::uint32_t, ActivityCount> timeSpent{};  // ms by Activity
 };
+
+// Asks the worker to end its search. Any thread.
+void stopWorker(Worker& worker);
+// Lets the idle worker's thread begin its part of a search, all reasons to stop taken back.
+void wakeWorker(Worker& worker);
 
 // Adds the time since the last call to the activity that has just ended. The worker's own thread.
 void account(Worker& worker, Activity activity);

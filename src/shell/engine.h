@@ -8,6 +8,7 @@
 #include "shell/settings.h"
 #include "smp/thread_pool.h"
 #include "time/time_control.h"
+#include "uci/names.h"
 #include "uci/uci.h"
 
 namespace quill {

@@ -5,20 +5,13 @@
 #include <cstdio>
 #include <cstring>
 
-#include "board/fen.h"
 #include "shell/engine.h"
 #include "shell/text.h"
 
 namespace quill {
 
-namespace {
-
-constexpr int NormalPhase = 3;
-
-}  // namespace
-
 void bookCommand(Engine& engine, const char* /*rest*/) {
-  engine.bookSelector.printCandidates(getFen(engine.pool.board()).text());
+  engine.bookSelector.printCandidates(Book::bookKey(engine.pool.board()));
 }
 
 void searchCommand(Engine& engine, const char* rest) {
@@ -26,11 +19,10 @@ void searchCommand(Engine& engine, const char* rest) {
   words.setArgs(rest);
   if (std::strcmp(words.nextToken().text(), "tt") != 0) engine.tt.clear();
   // What an earlier "go" asked for must not bind a search from the console.
-  engine.timeControl.setInfinite(false);
-  engine.timeControl.setDepthLimit(0);
-  engine.timeControl.setNodeLimit(0);
-  engine.uci.prepareConsoleSearch();
-  engine.pool.startSearch();
+  engine.timeControl.configure({});
+  // The protocol hears of searches from its "uci" on.
+  Uci& uci = engine.uci;
+  engine.pool.startSearch(uci.uciMode() ? &uci : nullptr, uci.uciMode());
   engine.pool.waitIdle();
 }
 

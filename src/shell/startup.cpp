@@ -7,6 +7,7 @@
 #include "board/zobrist.h"
 #include "platform/cpu.h"
 #include "shell/engine.h"
+#include "uci/names.h"
 
 namespace quill {
 
@@ -14,7 +15,6 @@ namespace {
 
 constexpr char DefaultSettingsFile[] = "quill.ini";
 constexpr char DefaultBookFile[] = "quill.bbk";
-constexpr std::uint64_t InitialTableSize = 32768;  // kilobytes
 
 void openBook(Engine& engine) {
   const char* name = engine.settings.getString("book.file", DefaultBookFile);
@@ -65,7 +65,7 @@ void startEngine(Engine& engine, const char* settingsFile) {
   openBook(engine);
 
   std::printf("allocating hash...");
-  const std::uint64_t bytes = engine.tt.resize(InitialTableSize);
+  const std::uint64_t bytes = engine.tt.resize(Tt::DefaultMegabytes * 1024);
   std::printf("allocated %uMb\n", static_cast<unsigned>(bytes >> 20));
 
   std::printf("starting threads...");

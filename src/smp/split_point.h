@@ -1,17 +1,15 @@
-// A node whose remaining moves several threads search together.
+// The record of a node whose remaining moves several threads search together.
 //
 // The owner publishes the node's moves, hands the split point to idle threads and then takes moves
-// from it like any helper, each thread taking the next move under an atomic counter. Helpers bring
-// their own boards to the node by replaying the path. A cut-off kills the search of all who work at
-// the split point or below it. Once no move is left for the owner it helps below its own split
-// point until its helpers are done.
+// from it like any helper, each thread taking the next move under an atomic counter. smp/split.h
+// has the search at it, smp/work_sharing.h who works where.
 //
 // Threads: lock order: the pool's lock, then a worker's spinLock; a split point's lock is taken
-// alone. The plain fields are written by the owner before stage becomes 2 (release) and read by
-// helpers that have seen it (acquire); path and parent already before the split point is published
-// under spinLocks. alpha, bestScore, bestMove and pv change under lock; alpha and bestScore are
-// also read without it, a little stale at worst. The record is reused only when workers has fallen
-// to 0 (acquire), that is, when everyone's last use lies behind.
+// alone. The plain fields are written by the owner before stage becomes SplitReady (release) and
+// read by helpers that have seen it (acquire); path and parent already before the split point is
+// published under spinLocks. alpha, bestScore, bestMove and pv change under lock; alpha and
+// bestScore are also read without it, a little stale at worst. The record is reused only when
+// workers has fallen to 0 (acquire), that is, when everyone's last use lies behind.
 #pragma once
 
 #include <array>
@@ -19,13 +17,14 @@
 
 #include "board/move.h"
 #include "platform/lock.h"
-#include "search/root_moves.h"
-#include "search/search.h"
+#include "search/node_params.h"
+#include "search/params.h"
 
 namespace quill {
 
 inline constexpr int MaxSplitPoints = 16;  // in use by one thread
 
+// Helpers wait for SplitReady; the other stages are for the reader of a record, nothing tests them.
 enum SplitStage : int {
   SplitPublished = 0,
   SplitHasMoves = 1,
@@ -52,37 +51,10 @@ struct SplitPoint {
   std::array<Move, MaxSearchPly> pv;    // bestMove and its continuation, ended by 0
 
   bool isCutOff() const { return bestScore.load(std::memory_order_relaxed) >= node.beta; }
+  // Acquire: everything that the helpers did at the split point lies before the sight of 0.
+  bool hasHelpers() const { return workers.load(std::memory_order_acquire) > 0; }
+  // A helper leaves, or a reservation is given back. Release: see hasHelpers.
+  void detach() { workers.fetch_sub(1, std::memory_order_acq_rel); }
 };
-
-// A node at the point of its move loop where it may be split.
-struct SplitRequest {
-  const NodeParams& node;
-  int alpha;
-  int best;
-  Move bestMove;
-  Move excluded;
-  const Move* moves;   // the remaining moves, the one about to be searched first
-  const int* threats;  // their flags
-  int moveCount;
-  int lateIndex;  // among the remaining
-};
-
-struct SplitResult {
-  bool isSplit = false;  // the remaining moves are searched
-  int best = 0;
-  Move bestMove = NoMove;
-  const Move* pv = nullptr;  // of the best move; valid until the worker splits again
-};
-
-// Whether a split is worth trying now: a thread is idle and this one may split. Cheap.
-bool canSplit(const Worker& worker);
-
-// Shares the remaining moves of the node with idle threads and returns when all are searched.
-// Nothing is done when no thread can be had. After a split the worker's stop flag says whether the
-// result counts.
-SplitResult trySplit(Worker& worker, const SplitRequest& request);
-
-// The work loop of a slave thread, from its wake until the search is stopped.
-void runSlaveLoop(Worker& worker);
 
 }  // namespace quill

@@ -10,19 +10,15 @@ namespace quill {
 namespace {
 
 // What a phase may spend, in units of a move's share of the clock.
-constexpr std::array<double, TimeControl::PhaseCount> PhaseFactor = {
+constexpr std::array<double, PhaseCount> PhaseFactor = {
     0.1,   // 0  computed, never entered
-    0.65,  // 1  never entered; once it is spent no new iteration begins
+    0.65,  // 1  new iteration
     1.0,   // 2  computed, never entered
     2.0,   // 3  normal
-    3.0,   // 4  a later root move is verified as the new best
-    4.0,   // 5  the first root move failed low, or the score dropped
+    3.0,   // 4  verify
+    4.0,   // 5  crisis
     0.0,   // 6  computed, never entered
 };
-constexpr int NewIterationPhase = 1;
-constexpr int NormalPhase = 3;
-constexpr int VerifyPhase = 4;
-constexpr int CrisisPhase = 5;
 static_assert(PhaseFactor[NewIterationPhase] < PhaseFactor[NormalPhase]);
 
 // A thought that was begun on the opponent's clock is worth spending more on.
@@ -35,7 +31,7 @@ constexpr std::int64_t MinTime = 100;            // ms
 constexpr std::int64_t MinNodes = 256;           // one poll of the search
 constexpr std::int64_t MaxTime = std::numeric_limits<std::int32_t>::max();
 
-// trunc(factor * unit), no more than max.
+// The whole part of factor * unit, no more than max.
 std::int64_t scaled(double factor, std::int64_t unit, std::int64_t max) {
   const double product = factor * static_cast<double>(unit);
   return product >= static_cast<double>(max) ? max : static_cast<std::int64_t>(product);
@@ -54,6 +50,21 @@ TimeControl::TimeControl(TickSource ticks)
   start();
 }
 
+void TimeControl::configure(const SearchLimits& limits, Colour stm) {
+  infinite_.store(limits.isUnlimitedTime());
+  setNodeLimit(limits.nodes);
+  depthLimit_ = limits.depth;
+  const int clock = limits.clock[static_cast<unsigned>(stm)];
+  if (limits.moveTime >= 0) {
+    setMoveTime(static_cast<std::uint32_t>(limits.moveTime));
+  } else if (clock >= 0) {
+    allocateTime(std::int64_t{clock} - limits.reserve,
+                 std::max(limits.increment[static_cast<unsigned>(stm)], 0), limits.movesToGo);
+  } else if (limits.movesToGo >= 0 && limits.nodes != 0) {
+    allocateNodes(limits.nodes, limits.movesToGo);
+  }
+}
+
 void TimeControl::start() {
   enterPhase(NormalPhase);
   startTick_.store(ticks_(), std::memory_order_relaxed);
@@ -62,7 +73,7 @@ void TimeControl::start() {
   refMove_ = NoMove;
 }
 
-void TimeControl::enterPhase(int phase) {
+void TimeControl::enterPhase(TimePhase phase) {
   const std::lock_guard guard(phaseLock_);
   phase_.store(phase, std::memory_order_relaxed);
   if (infinite()) {
@@ -71,10 +82,6 @@ void TimeControl::enterPhase(int phase) {
     limit_.store(phaseTime(phase), std::memory_order_relaxed);
     nodeLimit_.store(phaseNodes(phase), std::memory_order_relaxed);
   }
-}
-
-void TimeControl::setInfinite(bool infinite) {
-  infinite_.store(infinite, std::memory_order_relaxed);
 }
 
 void TimeControl::setMoveTime(std::uint32_t ms) {
@@ -86,59 +93,46 @@ void TimeControl::setNodeLimit(std::uint64_t nodes) {
   for (auto& budget : phaseNodes_) budget.store(nodes, std::memory_order_relaxed);
 }
 
-void TimeControl::setDepthLimit(int depth) { depthLimit_ = depth; }
-
-void TimeControl::setReserve(std::uint32_t ms) { reserve_ = ms; }
-
-void TimeControl::setMovesToGo(int moves) { movesToGo_ = moves; }
-
-void TimeControl::setClock(std::uint32_t remaining, std::uint32_t increment) {
-  remaining_ = remaining;
-  increment_ = increment;
-}
-
 void TimeControl::setCanPonder(bool canPonder) { canPonder_ = canPonder; }
 
 // Every move to go gets half an even share for certain; what is then left over is the most that one
 // phase may take, and is spread thinly over all moves as well.
-void TimeControl::allocateTime() {
-  const std::int64_t mtg = horizon(movesToGo_);
-  std::int64_t avail = static_cast<std::int64_t>(remaining_) - static_cast<std::int64_t>(reserve_);
-  if (avail < MinTime) avail = MinTime;
+void TimeControl::allocateTime(std::int64_t available, std::int64_t increment, int movesToGo) {
+  const std::int64_t mtg = horizon(movesToGo);
+  const std::int64_t avail = std::max(available, MinTime);
   const std::int64_t half = (avail / (mtg + 2)) >> 1;
   const std::int64_t base = std::max(half, MinTime);
   const std::int64_t maxT = std::min(std::max(avail - (mtg + 1) * base, base), MaxTime);
   std::int64_t unit = base + (maxT - base) / (mtg + 2);
   if (canPonder_) unit = scaled(PonderFactor, unit, MaxTime);
-  unit += increment_;
+  unit += increment;
 
   for (unsigned i = 0; i < PhaseCount; ++i) {
     phaseTime_[i].store(static_cast<std::uint32_t>(scaled(PhaseFactor[i], unit, maxT)),
                         std::memory_order_relaxed);
   }
-  enterPhase(NormalPhase);
 }
 
-void TimeControl::allocateNodes() {
+void TimeControl::allocateNodes(std::uint64_t nodes, int movesToGo) {
   constexpr std::int64_t MaxInt64 = std::numeric_limits<std::int64_t>::max();
-  const auto n = static_cast<std::int64_t>(std::min<std::uint64_t>(nodeLimit(), MaxInt64));
-  const std::int64_t mtg = horizon(movesToGo_);
+  const auto n = static_cast<std::int64_t>(std::min<std::uint64_t>(nodes, MaxInt64));
+  const std::int64_t mtg = horizon(movesToGo);
   const std::int64_t half = (n / (mtg + 2)) >> 1;
   const std::int64_t maxN = std::max(n - (mtg + 1) * half, MinNodes);
   std::int64_t unit = maxN / (mtg + 2) + half;
   if (canPonder_) unit = scaled(PonderFactor, unit, MaxInt64);
 
   for (unsigned i = 0; i < PhaseCount; ++i) {
-    const std::int64_t nodes = std::max(scaled(PhaseFactor[i], unit, maxN), MinNodes);
-    phaseNodes_[i].store(static_cast<std::uint64_t>(nodes), std::memory_order_relaxed);
+    const std::int64_t budget = std::max(scaled(PhaseFactor[i], unit, maxN), MinNodes);
+    phaseNodes_[i].store(static_cast<std::uint64_t>(budget), std::memory_order_relaxed);
   }
-  enterPhase(NormalPhase);
 }
 
 void TimeControl::setIterationDepth(int depth) { iterationDepth_ = depth; }
 
 void TimeControl::firstMoveSearched(int score) {
-  const int next = iterationDepth_ > MinDropDepth && score < refScore_ ? CrisisPhase : NormalPhase;
+  const TimePhase next =
+      iterationDepth_ > MinDropDepth && score < refScore_ ? CrisisPhase : NormalPhase;
   if (next != phase()) enterPhase(next);
 }
 
@@ -164,7 +158,7 @@ void TimeControl::iterationDone(Move bestMove, int score) {
 // The lock keeps a phase that the search enters meanwhile from putting "no limit" back.
 void TimeControl::ponderhit() {
   const std::lock_guard guard(phaseLock_);
-  infinite_.store(false, std::memory_order_relaxed);
+  infinite_.store(false);
   limit_.store(phaseTime(phase()), std::memory_order_relaxed);
 }
 

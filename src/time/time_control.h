@@ -14,35 +14,53 @@
 #include <cstdint>
 #include <mutex>
 
+#include "board/codes.h"
 #include "board/move.h"
 
 namespace quill {
 
+// What a search may be limited by: the parameters of one "go". Times in ms, clocks by colour.
+struct SearchLimits {
+  std::array<int, 2> clock = {-1, -1};    // time left, -1 when not given
+  std::array<int, 2> increment = {0, 0};  // for each move
+  std::uint32_t reserve = 0;              // of the clock, never planned with
+  int movesToGo = -1;                     // to the next time control, -1 when not given
+  int moveTime = -1;                      // for this move, -1 when not given
+  int depth = 0;                          // last iteration, 0 = none
+  std::uint64_t nodes = 0;                // 0 = none
+  bool infinite = false;
+  bool ponder = false;  // no limit of time until ponderhit
+
+  bool isUnlimitedTime() const { return infinite || ponder; }
+};
+
+// The phases of a search, by their budgets.
+enum TimePhase : int {
+  NewIterationPhase = 1,  // never entered; once it is spent no new iteration begins
+  NormalPhase = 3,        // entered at every start
+  VerifyPhase = 4,        // a later root move is verified as the new best
+  CrisisPhase = 5,        // the first root move failed low, or the score dropped
+  PhaseCount = 7,
+};
+
 class TimeControl {
  public:
   static constexpr std::uint32_t NoLimit = 0xFFFFFFFF;
-  static constexpr int PhaseCount = 7;
   using TickSource = std::uint32_t (*)();
 
   // The tick source counts milliseconds modulo 2^32; none means the platform's.
   explicit TimeControl(TickSource ticks = nullptr);
 
+  // Takes the limits of the next search and computes the budgets of all phases from them. The stm
+  // is the side that searches. Without a clock and a move time the budgets of time stay as they
+  // are.
+  void configure(const SearchLimits& limits, Colour stm = White);
+  // The same time for every phase, ms, until a search is configured otherwise.
+  void setMoveTime(std::uint32_t ms);
+  void setCanPonder(bool canPonder);
+
   // Begins a search: normal phase, the clock starts now.
   void start();
-
-  // Configuration, before a search. Times in ms.
-  void setInfinite(bool infinite);
-  void setMoveTime(std::uint32_t ms);
-  void setNodeLimit(std::uint64_t nodes);  // 0 = none
-  void setDepthLimit(int depth);           // 0 = none
-  void setReserve(std::uint32_t ms);
-  void setMovesToGo(int moves);  // -1 when not given
-  void setClock(std::uint32_t remaining, std::uint32_t increment);
-  void setCanPonder(bool canPonder);
-  // Compute the budgets of all phases from the clock, or from the node limit, and enter the normal
-  // phase.
-  void allocateTime();
-  void allocateNodes();
 
   // What the root tells of its progress; scores in centipawns, side to move's view.
   void setIterationDepth(int depth);
@@ -54,6 +72,8 @@ class TimeControl {
 
   // Turns a pondering search into a timed one whose clock has run since its start. Input thread.
   void ponderhit();
+  // Sequentially consistent, against the stop reason of the search: see Uci::ponderhit.
+  bool infinite() const { return infinite_.load(); }
 
   // Milliseconds since the search started.
   std::uint32_t elapsed() const;
@@ -65,10 +85,9 @@ class TimeControl {
 
   std::uint32_t limit() const { return limit_.load(std::memory_order_relaxed); }
   std::uint64_t nodeLimit() const { return nodeLimit_.load(std::memory_order_relaxed); }
-  bool infinite() const { return infinite_.load(std::memory_order_relaxed); }
   int depthLimit() const { return depthLimit_; }
   bool canPonder() const { return canPonder_; }
-  int phase() const { return phase_.load(std::memory_order_relaxed); }
+  TimePhase phase() const { return phase_.load(std::memory_order_relaxed); }
   std::uint32_t phaseTime(int phase) const {
     return phaseTime_[static_cast<unsigned>(phase)].load(std::memory_order_relaxed);
   }
@@ -77,18 +96,17 @@ class TimeControl {
   }
 
  private:
-  void enterPhase(int phase);
+  void setNodeLimit(std::uint64_t nodes);
+  void allocateTime(std::int64_t available, std::int64_t increment, int movesToGo);
+  void allocateNodes(std::uint64_t nodes, int movesToGo);
+  void enterPhase(TimePhase phase);
 
   TickSource ticks_;
   std::atomic<std::uint32_t> limit_{NoLimit};  // ms from startTick_
   std::atomic<std::uint32_t> startTick_{0};    // tick count at the search's start
-  std::uint32_t increment_ = 0;                // ms
-  std::uint32_t remaining_ = 0;                // ms on the clock of the side to move
-  std::uint32_t reserve_ = 0;                  // ms held back from remaining_
-  int movesToGo_ = -1;                         // -1 when not given
   std::array<std::atomic<std::uint32_t>, PhaseCount> phaseTime_;   // ms
   std::array<std::atomic<std::uint64_t>, PhaseCount> phaseNodes_;  // 0 = none
-  std::atomic<int> phase_{0};
+  std::atomic<TimePhase> phase_{NormalPhase};
   std::atomic<bool> infinite_{false};  // no time limit: analysis or pondering
   bool canPonder_ = false;             // the GUI lets the engine ponder
   int depthLimit_ = 0;                 // 0 = none

@@ -4,15 +4,13 @@
 #include <cstdio>
 
 #include "board/notation.h"
+#include "search/search_state.h"
 #include "search/tt.h"
-#include "smp/thread_pool.h"
 
 namespace quill {
 
 namespace {
 
-constexpr int MateThreshold = 29000;             // scores beyond it are mates
-constexpr int MateScore = 30000;                 // mate at once
 constexpr std::uint32_t MinSpeedTime = 100;      // ms; below, nodes per second are noise
 constexpr std::uint32_t ThrottleInterval = 100;  // ms
 constexpr int YoungDepths = 8;                   // iterations for which a best move counts as news
@@ -33,9 +31,9 @@ void appendMove(std::string& text, Move move) {
 }
 
 void appendScore(std::string& text, int score) {
-  if (score > MateThreshold) {
+  if (score > ForcedMateScore) {
     appendFormat(text, " score mate %i", (MateScore + 1 - score) / 2);
-  } else if (score < -MateThreshold) {
+  } else if (score < -ForcedMateScore) {
     appendFormat(text, " score mate -%i", (score + MateScore) / 2);
   } else {
     appendFormat(text, " score cp %i", score);
@@ -44,9 +42,9 @@ void appendScore(std::string& text, int score) {
 
 }  // namespace
 
-SearchSnapshot SearchSnapshot::of(ThreadPool& pool, std::uint32_t elapsed) {
-  return {elapsed, pool.searchedNodes(), pool.ttFilled(), pool.tt.entries(),
-          pool.master().selDepth};
+SearchSnapshot SearchSnapshot::of(const SearchState& state, std::uint32_t elapsed) {
+  return {elapsed, state.searchedNodes(), state.ttFilled(), state.tt.entries(),
+          state.master().selDepth};
 }
 
 void appendStatsTail(std::string& text, const SearchSnapshot& snapshot) {

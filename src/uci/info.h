@@ -12,7 +12,7 @@
 
 namespace quill {
 
-struct ThreadPool;
+struct SearchState;
 
 // What the lines of one moment say about the search as a whole.
 struct SearchSnapshot {
@@ -22,9 +22,8 @@ struct SearchSnapshot {
   std::uint64_t ttEntries;  // the table's size, not 0
   int selDepth;             // of the master
 
-  // Of the search that runs on the pool, taken the given time after its start. Threads: the master
-  // thread.
-  static SearchSnapshot of(ThreadPool& pool, std::uint32_t elapsed);
+  // Of the search that runs, taken the given time after its start. Threads: the master thread.
+  static SearchSnapshot of(const SearchState& state, std::uint32_t elapsed);
 };
 
 // Appends time, nodes, speed (once it means something) and the table's fill.
@@ -43,7 +42,7 @@ struct PvBlockOptions {
 std::string pvBlock(const RootMoveList& rootMoves, const PvBlockOptions& options,
                     const SearchSnapshot& snapshot);
 
-// Decides which reports become lines: all while the best move and its score are young, one each 100
+// Decides which reports become lines: all while the best move and its score are young, one in 100
 // ms later. Threads: the master thread; reset between searches.
 class InfoThrottle {
  public:

@@ -8,202 +8,184 @@
 #include "shell/log.h"
 #include "smp/thread_pool.h"
 #include "time/time_control.h"
-#include "uci/uci.h"
+#include "uci/names.h"
 
 namespace quill {
 
+struct Options::Option {
+  enum Type { Spin, Check, Text, About, Hidden };
+
+  const char* name;  // of two words: the second is no value and has to follow
+  Type type;
+  int defaultValue;  // of a check: 0 or 1; what a missing number stands for
+  int min;           // numbers outside min..max are moved into it
+  int max;
+  bool needsIdle;  // can't change under a search
+  int nameWidth;   // columns of the announcement
+  int typeWidth;
+  int index;  // of an evaluation weight
+  void (Options::*set)(const Option& option, Tokenizer& words);
+
+  int clamped(int value) const { return std::clamp(value, min, max); }
+};
+
 namespace {
 
-constexpr int DefaultHash = 32;  // megabytes
-constexpr int DefaultMargin = 100;
-constexpr int DefaultPercent = 100;
+constexpr int Narrow = 15;  // column widths of the announcement
+constexpr int Wide = 26;
+constexpr int Typed = 6;
 
-constexpr char ThreadsLine[] = "option name Threads         type spin   default %i min 1 max %i\n";
-
-// Texts that name the engine can't be literals of the table.
-std::string aboutLine() {
-  std::string text = "option name UCI_EngineAbout type string default ";
-  return text.append(EngineName)
-             .append("-")
-             .append(EngineVersion)
-             .append(" by ")
-             .append(EngineAuthor) +
-         "\n";
+// The value, with or without the word "value" before it.
+EngineString readValue(Tokenizer& words) {
+  EngineString token = words.nextToken();
+  return equalsIgnoreCase(token.text(), "value") ? words.nextToken() : token;
 }
 
-std::string threadsLine(int threadCount) {
-  char text[sizeof ThreadsLine + 16];
-  std::snprintf(text, sizeof text, ThreadsLine, threadCount, MaxThreads);
-  return text;
+int readInt(Tokenizer& words, int defaultValue) {
+  const EngineString value = readValue(words);
+  return value.isEmpty() ? defaultValue : parseInt(value.text());
 }
+
+// The value behind the word "value", which is skipped unseen.
+int readIntBehindWord(Tokenizer& words, int defaultValue) {
+  words.nextWord();
+  return words.nextInt(defaultValue);
+}
+
+bool readBool(Tokenizer& words) { return equalsIgnoreCase(readValue(words).text(), "true"); }
 
 }  // namespace
 
-// What the options do; each reads its value from the rest of the command.
-struct OptionSetter {
-  Uci& uci;
-
-  struct Option {
-    const char* name;
-    void (OptionSetter::*set)(const Option& option);  // none: announced only
-    int min;
-    int max;
-    int index;         // what the setter needs to know besides
-    const char* line;  // the announcement; none: hidden, or made by a function of its own
-  };
-  static const Option Options[];
-
-  EngineString nextToken() { return uci.arguments_.nextToken(); }
-
-  // The value, with or without the word "value" before it.
-  EngineString readValue() {
-    EngineString token = nextToken();
-    return equalsIgnoreCase(token.text(), "value") ? nextToken() : token;
-  }
-  int readInt(int defaultValue) {
-    const EngineString value = readValue();
-    return value.isEmpty() ? defaultValue : parseInt(value.text());
-  }
-  bool readBool() { return equalsIgnoreCase(readValue().text(), "true"); }
-
-  void setNothing(const Option&) {}
-
-  void setOpponent(const Option&) {
-    nextToken();  // "value"
-    uci.opponentTitle_ = nextToken();
-    uci.opponentElo_ = uci.arguments_.nextInt(0);
-    uci.opponentType_ = nextToken();
-    uci.opponentName_ = nextToken();
-    log("Opponent=%s %s, %s, elo=%i\n", uci.opponentTitle_.text(), uci.opponentName_.text(),
-        uci.opponentType_.text(), uci.opponentElo_);
-  }
-
-  void setMultiPv(const Option& option) {
-    const int lines = readInt(1);
-    log("multipv=%i\n", lines);
-    uci.pool_.multiPv = std::clamp(lines, option.min, option.max);
-  }
-
-  void setMultiPvMargin(const Option& option) {
-    uci.pool_.multiPvMargin = std::clamp(readInt(DefaultMargin), option.min, option.max);
-  }
-
-  void setHash(const Option& option) {
-    nextToken();  // "value"
-    const int megabytes = uci.arguments_.nextInt(DefaultHash);
-    uci.stopForOption();
-    log("resizing hash to %uMb\n", static_cast<unsigned>(megabytes));
-    uci.pool_.tt.resize(static_cast<std::uint64_t>(std::clamp(megabytes, option.min, option.max)) *
-                        1024);
-  }
-
-  void clearHash(const Option&) {
-    if (!equalsIgnoreCase(nextToken().text(), "Hash")) return;
-    uci.stopForOption();
-    uci.pool_.tt.clear();
-    uci.pool_.clearEvaluators();
-    trace("tt cleared");
-  }
-
-  void setPonder(const Option&) {
-    const bool canPonder = readBool();
-    uci.pool_.timeControl.setCanPonder(canPonder);
-    log("canponder=%u\n", static_cast<unsigned>(canPonder));
-  }
-
-  void setSendPv(const Option&) {
-    const bool sendPv = readBool();
-    uci.sendPv_.store(sendPv, std::memory_order_relaxed);
-    log("sendpv=%u\n", static_cast<unsigned>(sendPv));
-  }
-
-  void setOwnBook(const Option&) {
-    uci.ownBook_ = readBool();
-    log("usebook=%u\n", static_cast<unsigned>(uci.ownBook_));
-  }
-
-  void setThreads(const Option& option) {
-    nextToken();  // "value"
-    const int threads = uci.arguments_.nextInt(1);
-    uci.stopForOption();
-    log("setting cpus=%i\n", threads);
-    uci.pool_.setThreadCount(std::clamp(threads, option.min, option.max));
-  }
-
-  void setWeight(const Option& option) {
-    const int percent = std::clamp(readInt(DefaultPercent), option.min, option.max);
-    uci.stopForOption();
-    setEvalWeight(uci.evalTables_, option.index, percent * EvalWeightOne / 100);
-  }
-};
-
 // clang-format off
-const OptionSetter::Option OptionSetter::Options[] = {
-    // name                          setter                            min   max  index
-    {"UCI_EngineAbout",             nullptr,                          0,    0,    0, nullptr},
-    {"UCI_Opponent",                &OptionSetter::setOpponent,       0,    0,    0,
-     "option name UCI_Opponent    type string\n"},
-    {"UCI_AnalyseMode",             &OptionSetter::setNothing,        0,    0,    0,
-     "option name UCI_AnalyseMode type check default false\n"},
-    {"Threads",                     &OptionSetter::setThreads,        1,    MaxThreads, 0, nullptr},
-    {"Hash",                        &OptionSetter::setHash,           1,    4096, 0,
-     "option name Hash            type spin   default 32 min 1 max 4096\n"},
-    {"Ponder",                      &OptionSetter::setPonder,         0,    0,    0,
-     "option name Ponder          type check  default true\n"},
-    // 0 is kept, and counts as one line
-    {"MultiPV",                     &OptionSetter::setMultiPv,        0,    256,  0,
-     "option name MultiPV         type spin   default 1 min 1 max 256\n"},
-    {"MultiPVMargin",               &OptionSetter::setMultiPvMargin,  0,    2000, 0,
-     "option name MultiPVMargin   type spin   default 100 min 0 max 2000\n"},
-    {"OwnBook",                     &OptionSetter::setOwnBook,        0,    0,    0,
-     "option name OwnBook         type check  default true\n"},
-    {"eval.mobility.opening",       &OptionSetter::setWeight,         0,    1000, MobilityOpening,
-     "option name eval.mobility.opening      type spin default 100 min 0 max 1000\n"},
-    {"eval.mobility.endgame",       &OptionSetter::setWeight,         0,    1000, MobilityEndgame,
-     "option name eval.mobility.endgame      type spin default 100 min 0 max 1000\n"},
-    {"eval.passedpawns.opening",    &OptionSetter::setWeight,         0,    1000, PassedPawnsOpening,
-     "option name eval.passedpawns.opening   type spin default 100 min 0 max 1000\n"},
-    {"eval.passedpawns.endgame",    &OptionSetter::setWeight,         0,    1000, PassedPawnsEndgame,
-     "option name eval.passedpawns.endgame   type spin default 100 min 0 max 1000\n"},
-    {"eval.pawnstructure.opening",  &OptionSetter::setWeight,         0,    1000, PawnStructureOpening,
-     "option name eval.pawnstructure.opening type spin default 100 min 0 max 1000\n"},
-    {"eval.pawnstructure.endgame",  &OptionSetter::setWeight,         0,    1000, PawnStructureEndgame,
-     "option name eval.pawnstructure.endgame type spin default 100 min 0 max 1000\n"},
-    {"eval.kingattack",             &OptionSetter::setWeight,         0,    1000, KingAttack,
-     "option name eval.kingattack            type spin default 100 min 0 max 1000\n"},
+const Options::Option Options::Table[] = {
+    // name                          type            default               min max  idle  columns        index
+    {"UCI_EngineAbout",            Option::About,  0,                      0,  0,    false, Narrow, 0,     0, nullptr},
+    {"UCI_Opponent",               Option::Text,   0,                      0,  0,    false, Narrow, 0,     0, &Options::setOpponent},
+    {"UCI_AnalyseMode",            Option::Check,  0,                      0,  1,    false, Narrow, 0,     0, &Options::setNothing},
+    // the default is the number in use
+    {"Threads",                    Option::Spin,   1,                      1,  MaxThreads, true, Narrow, Typed, 0, &Options::setThreads},
+    {"Hash",                       Option::Spin,   Tt::DefaultMegabytes,   1,  4096, true,  Narrow, Typed, 0, &Options::setHash},
+    {"Ponder",                     Option::Check,  1,                      0,  1,    false, Narrow, Typed, 0, &Options::setPonder},
+    {"MultiPV",                    Option::Spin,   1,                      1,  256,  false, Narrow, Typed, 0, &Options::setMultiPv},
+    {"MultiPVMargin",              Option::Spin,   DefaultMultiPvMargin,   0,  2000, false, Narrow, Typed, 0, &Options::setMultiPvMargin},
+    {"OwnBook",                    Option::Check,  1,                      0,  1,    false, Narrow, Typed, 0, &Options::setOwnBook},
+    {"eval.mobility.opening",      Option::Spin,   100,                    0,  1000, true,  Wide,   0,     MobilityOpening, &Options::setWeight},
+    {"eval.mobility.endgame",      Option::Spin,   100,                    0,  1000, true,  Wide,   0,     MobilityEndgame, &Options::setWeight},
+    {"eval.passedpawns.opening",   Option::Spin,   100,                    0,  1000, true,  Wide,   0,     PassedPawnsOpening, &Options::setWeight},
+    {"eval.passedpawns.endgame",   Option::Spin,   100,                    0,  1000, true,  Wide,   0,     PassedPawnsEndgame, &Options::setWeight},
+    {"eval.pawnstructure.opening", Option::Spin,   100,                    0,  1000, true,  Wide,   0,     PawnStructureOpening, &Options::setWeight},
+    {"eval.pawnstructure.endgame", Option::Spin,   100,                    0,  1000, true,  Wide,   0,     PawnStructureEndgame, &Options::setWeight},
+    {"eval.kingattack",            Option::Spin,   100,                    0,  1000, true,  Wide,   0,     KingAttack, &Options::setWeight},
     // accepted, but not announced
-    {"Clear",                       &OptionSetter::clearHash,         0,    0,    0, nullptr},
-    {"SendPv",                      &OptionSetter::setSendPv,         0,    0,    0, nullptr},
+    {"Clear Hash",                 Option::Hidden, 0,                      0,  0,    true,  0,      0,     0, &Options::clearHash},
+    {"SendPv",                     Option::Hidden, 1,                      0,  1,    false, 0,      0,     0, &Options::setSendPv},
 };
 // clang-format on
 
-std::string optionLines(int threadCount) {
+std::string Options::announcement() const {
+  constexpr const char* TypeNames[] = {"spin", "check", "string", "string", ""};
   std::string text;
-  for (const OptionSetter::Option& option : OptionSetter::Options) {
-    if (option.line != nullptr) text += option.line;
-    if (option.set == nullptr) text += aboutLine();
-    if (option.set == &OptionSetter::setThreads) text += threadsLine(threadCount);
+  for (const Option& option : Table) {
+    if (option.type == Option::Hidden) continue;
+    char line[128];
+    int used = std::snprintf(line, sizeof line, "option name %-*s type %-*s", option.nameWidth,
+                             option.name, option.typeWidth, TypeNames[option.type]);
+    const auto append = [&](const auto... parts) {
+      used += std::snprintf(line + used, sizeof line - static_cast<std::size_t>(used), parts...);
+    };
+    if (option.type == Option::Spin) {
+      const bool isThreads = option.set == &Options::setThreads;
+      append(" default %i min %i max %i", isThreads ? pool_.threadCount() : option.defaultValue,
+             option.min, option.max);
+    } else if (option.type == Option::Check) {
+      append(" default %s", option.defaultValue != 0 ? "true" : "false");
+    } else if (option.type == Option::About) {
+      append(" default %s-%s by %s", EngineName, EngineVersion, EngineAuthor);
+    }
+    text.append(line).append("\n");
   }
   return text;
 }
 
-void Uci::setoption() {
-  EngineString name = arguments_.nextToken();
-  if (equalsIgnoreCase(name.text(), "name")) name = arguments_.nextToken();
-  for (const OptionSetter::Option& option : OptionSetter::Options) {
-    if (option.set == nullptr || !equalsIgnoreCase(name.text(), option.name)) continue;
-    OptionSetter setter{*this};
-    (setter.*option.set)(option);
-    return;
+const Options::Option* Options::find(Tokenizer& words) {
+  std::string_view name = words.nextWord();
+  if (equalsIgnoreCase(name, "name")) name = words.nextWord();
+  for (const Option& option : Table) {
+    const std::string_view full = option.name;
+    const std::size_t blank = std::min(full.find(' '), full.size());
+    if (option.set == nullptr || !equalsIgnoreCase(name, full.substr(0, blank))) continue;
+    if (blank == full.size()) return &option;
+    return equalsIgnoreCase(words.nextWord(), full.substr(blank + 1)) ? &option : nullptr;
   }
-  std::fprintf(stderr, "Option not supported: %s\n", name.text());
+  std::fprintf(stderr, "Option not supported: %.*s\n", static_cast<int>(name.size()), name.data());
+  return nullptr;
 }
 
-void Uci::stopForOption() {
-  const UciStatus old = stopRunningSearch();
-  if (old == Searching || old == Pondering) {
-    std::fprintf(stderr, "uci::setoption(): search still running? status=%i\n", old);
-  }
+bool Options::needsIdle(const Option& option) { return option.needsIdle; }
+
+void Options::set(const Option& option, Tokenizer& words) { (this->*option.set)(option, words); }
+
+void Options::setNothing(const Option&, Tokenizer&) {}
+
+void Options::setOpponent(const Option&, Tokenizer& words) {
+  words.nextWord();  // "value"
+  opponentTitle_ = words.nextToken();
+  opponentElo_ = words.nextInt(0);
+  opponentType_ = words.nextToken();
+  opponentName_ = words.nextToken();
+  log("Opponent=%s %s, %s, elo=%i\n", opponentTitle_.text(), opponentName_.text(),
+      opponentType_.text(), opponentElo_);
+}
+
+void Options::setMultiPv(const Option& option, Tokenizer& words) {
+  const int lines = readInt(words, option.defaultValue);
+  log("multipv=%i\n", lines);
+  // 0 is kept, and counts as one line.
+  pool_.state.multiPv = std::clamp(lines, 0, option.max);
+}
+
+void Options::setMultiPvMargin(const Option& option, Tokenizer& words) {
+  pool_.state.multiPvMargin = option.clamped(readInt(words, option.defaultValue));
+}
+
+void Options::setHash(const Option& option, Tokenizer& words) {
+  const int megabytes = readIntBehindWord(words, option.defaultValue);
+  log("resizing hash to %uMb\n", static_cast<unsigned>(megabytes));
+  pool_.state.tt.resize(static_cast<std::uint64_t>(option.clamped(megabytes)) * 1024);
+}
+
+void Options::clearHash(const Option&, Tokenizer&) {
+  pool_.state.tt.clear();
+  pool_.clearEvaluators();
+  trace("tt cleared");
+}
+
+void Options::setPonder(const Option&, Tokenizer& words) {
+  const bool canPonder = readBool(words);
+  pool_.state.timeControl.setCanPonder(canPonder);
+  log("canponder=%u\n", static_cast<unsigned>(canPonder));
+}
+
+void Options::setSendPv(const Option&, Tokenizer& words) {
+  const bool sendPv = readBool(words);
+  sendPv_.store(sendPv, std::memory_order_relaxed);
+  log("sendpv=%u\n", static_cast<unsigned>(sendPv));
+}
+
+void Options::setOwnBook(const Option&, Tokenizer& words) {
+  ownBook_ = readBool(words);
+  log("usebook=%u\n", static_cast<unsigned>(ownBook_));
+}
+
+void Options::setThreads(const Option& option, Tokenizer& words) {
+  const int threads = readIntBehindWord(words, option.defaultValue);
+  log("setting cpus=%i\n", threads);
+  pool_.setThreadCount(option.clamped(threads));
+}
+
+void Options::setWeight(const Option& option, Tokenizer& words) {
+  const int percent = option.clamped(readInt(words, option.defaultValue));
+  setEvalWeight(evalTables_, option.index, percent * EvalWeightOne / 100);
 }
 
 }  // namespace quill

@@ -11,7 +11,6 @@
 #include "book/book_selector.h"
 #include "shell/log.h"
 #include "smp/thread_pool.h"
-#include "time/time_control.h"
 #include "uci/uci.h"
 
 namespace quill {
@@ -20,9 +19,6 @@ namespace {
 
 // Plies past the last book move within which the book is asked again.
 constexpr int BookWindow = 6;
-constexpr int NormalPhase = 3;
-
-std::uint32_t atLeastZero(int ms) { return static_cast<std::uint32_t>(std::max(ms, 0)); }
 
 }  // namespace
 
@@ -35,7 +31,8 @@ void Uci::position() {
   }
   pool_.waitIdle();
   setStatus(Position);  // the search that ended meanwhile has set its own
-  releaseWithheldAnswer();
+  // The GUI has moved on without "ponderhit" or "stop".
+  if (old == Withheld) sendBestMove(answer_);
 
   if (setPosition()) playMoves();
   if (logStream() != nullptr) printBoard(board_, logStream());
@@ -44,22 +41,22 @@ void Uci::position() {
 // Sets the position that the arguments begin with, if any. True when the moves of a "moves" follow,
 // to be played on the board.
 bool Uci::setPosition() {
-  EngineString word = arguments_.nextToken();
-  if (equalsIgnoreCase(word.text(), "startpos")) {
+  std::string_view word = arguments_.nextWord();
+  if (equalsIgnoreCase(word, "startpos")) {
     setFen(board_, StartPosition);
-    word = arguments_.nextToken();
-  } else if (equalsIgnoreCase(word.text(), "fen")) {
+    word = arguments_.nextWord();
+  } else if (equalsIgnoreCase(word, "fen")) {
     std::string fen;
     while (arguments_.argsLeft()) {
-      word = arguments_.nextToken();
-      if (equalsIgnoreCase(word.text(), "moves")) break;
-      fen.append(word.text()).append(" ");
+      word = arguments_.nextWord();
+      if (equalsIgnoreCase(word, "moves")) break;
+      fen.append(word).append(" ");
     }
     // The board still holds the old position when the text makes no sense; the moves are not for
     // it.
     if (!setFen(board_, fen.c_str())) return false;
   }
-  return equalsIgnoreCase(word.text(), "moves");
+  return equalsIgnoreCase(word, "moves");
 }
 
 void Uci::playMoves() {
@@ -81,8 +78,12 @@ void Uci::playMoves() {
 }
 
 void Uci::go() {
-  const UciStatus old = stopRunningSearch();
-  releaseWithheldAnswer();
+  UciStatus old = stopRunningSearch();
+  if (old == Withheld) {
+    setStatus(Finished);
+    sendBestMove(answer_);
+    old = Finished;
+  }
   if (probeBook()) {
     lastGoPly_ = 0;
     setStatus(Finished);
@@ -91,23 +92,29 @@ void Uci::go() {
   if (board_.gamePly() < lastGoPly_ - 1) ucinewgame();
   lastGoPly_ = board_.gamePly();
 
-  const GoLimits limits = readGoLimits();
+  const SearchLimits limits = readLimits();
   setStatus(limits.ponder ? Pondering : Searching);
   if (old != Position) std::fprintf(stderr, "Expected current status==POSITION, got %i\n", old);
 
-  configureTime(limits);
-  throttle_.reset();
-  pool_.listener = this;
-  pool_.quiet = uciMode_;
-  pool_.startSearch();
+  TimeControl& control = pool_.state.timeControl;
+  control.configure(limits, board_.stm);
+  const bool isTimed = limits.moveTime >= 0 || limits.clock[board_.stm] >= 0;
+  if (limits.depth == 0 && limits.nodes == 0 && !limits.isUnlimitedTime() && !isTimed) {
+    std::fprintf(stderr, "go(): no time/depth/node limit\n");
+  }
+  log("Nominal search time is %3.2f seconds, infinite=%i, nodes=%i\n",
+      static_cast<double>(static_cast<float>(control.phaseTime(NormalPhase)) / 1000.0f),
+      static_cast<int>(control.infinite()),
+      static_cast<int>(std::min<std::uint64_t>(control.nodeLimit(), INT_MAX)));
+  pool_.startSearch(this, uciMode_);
 }
 
 bool Uci::probeBook() {
-  if (!ownBook_) return false;
+  if (!options_.ownBook()) return false;
   const int ply = board_.gamePly();
   if (lastBookPly_ == 0 || ply < lastBookPly_) lastBookPly_ = ply;
   if (ply > lastBookPly_ + BookWindow) return false;
-  const auto entry = book_.probe(getFen(board_).text());
+  const auto entry = book_.probe(Book::bookKey(board_));
   if (!entry) return false;
   lastBookPly_ = ply;
   const Move move = parseMove(board_, Book::moveText(*entry).data());
@@ -117,72 +124,38 @@ bool Uci::probeBook() {
   return true;
 }
 
-Uci::GoLimits Uci::readGoLimits() {
-  struct Keyword {
-    const char* name;
-    int GoLimits::*value;
+SearchLimits Uci::readLimits() {
+  SearchLimits limits;
+  const struct {
+    std::string_view name;
+    int& value;
+  } numbers[] = {
+      {"wtime", limits.clock[White]},    {"btime", limits.clock[Black]},
+      {"winc", limits.increment[White]}, {"binc", limits.increment[Black]},
+      {"depth", limits.depth},           {"movetime", limits.moveTime},
+      {"movestogo", limits.movesToGo},
   };
-  static constexpr Keyword Keywords[] = {
-      {"wtime", &GoLimits::wtime},         {"btime", &GoLimits::btime},
-      {"winc", &GoLimits::winc},           {"binc", &GoLimits::binc},
-      {"depth", &GoLimits::depth},         {"movetime", &GoLimits::movetime},
-      {"movestogo", &GoLimits::movestogo},
-  };
-
-  GoLimits limits;
+  std::int64_t nodes = 0;
+  limits.reserve = reserve_;
   while (arguments_.argsLeft()) {
-    const EngineString word = arguments_.nextToken();
-    for (const Keyword& keyword : Keywords) {
-      if (!equalsIgnoreCase(word.text(), keyword.name)) continue;
-      limits.*keyword.value = arguments_.nextInt(limits.*keyword.value);
-      if (keyword.value == &GoLimits::movetime) limits.movestogo = 1;
+    const std::string_view word = arguments_.nextWord();
+    for (const auto& number : numbers) {
+      if (!equalsIgnoreCase(word, number.name)) continue;
+      number.value = arguments_.nextInt(number.value);
+      if (&number.value == &limits.moveTime) limits.movesToGo = 1;
       break;
     }
-    if (equalsIgnoreCase(word.text(), "nodes")) {
-      const EngineString number = arguments_.nextToken();
-      if (!number.isEmpty()) limits.nodes = parseInt64(number.text());
+    if (equalsIgnoreCase(word, "nodes")) {
+      const std::string_view number = arguments_.nextWord();
+      if (!number.empty()) nodes = parseInt64(number.data());
     }
-    if (equalsIgnoreCase(word.text(), "infinite")) limits.infinite = true;
-    if (equalsIgnoreCase(word.text(), "ponder")) limits.ponder = true;
+    if (equalsIgnoreCase(word, "infinite")) limits.infinite = true;
+    if (equalsIgnoreCase(word, "ponder")) limits.ponder = true;
   }
   // A limit below zero limits nothing.
   limits.depth = std::max(limits.depth, 0);
-  limits.nodes = std::max<std::int64_t>(limits.nodes, 0);
+  limits.nodes = static_cast<std::uint64_t>(std::max<std::int64_t>(nodes, 0));
   return limits;
-}
-
-void Uci::configureTime(const GoLimits& limits) {
-  TimeControl& control = pool_.timeControl;
-  const bool isWhite = board_.stm == White;
-  const int clock = isWhite ? limits.wtime : limits.btime;
-  const bool isUnlimited = limits.infinite || limits.ponder;
-
-  control.start();
-  control.setInfinite(isUnlimited);
-  control.setNodeLimit(static_cast<std::uint64_t>(limits.nodes));
-  control.setDepthLimit(limits.depth);
-  control.setReserve(0);
-  if (limits.movetime >= 0) {
-    control.setMoveTime(static_cast<std::uint32_t>(limits.movetime));
-  } else {
-    control.setMovesToGo(limits.movestogo);
-    if (clock >= 0) {
-      control.setReserve(reserve_);
-      control.setClock(static_cast<std::uint32_t>(clock),
-                       atLeastZero(isWhite ? limits.winc : limits.binc));
-      control.allocateTime();
-    } else if (limits.movestogo >= 0 && limits.nodes != 0) {
-      control.allocateNodes();
-    }
-  }
-
-  if (limits.depth == 0 && limits.nodes == 0 && !isUnlimited && limits.movetime < 0 && clock < 0) {
-    std::fprintf(stderr, "go(): no time/depth/node limit\n");
-  }
-  log("Nominal search time is %3.2f seconds, infinite=%i, nodes=%i\n",
-      static_cast<double>(static_cast<float>(control.phaseTime(NormalPhase)) / 1000.0f),
-      static_cast<int>(control.infinite()),
-      static_cast<int>(std::min<std::uint64_t>(control.nodeLimit(), INT_MAX)));
 }
 
 }  // namespace quill

@@ -1,13 +1,11 @@
 #include "uci/uci.h"
 
 #include <cstdlib>
-#include <utility>
 
 #include "board/notation.h"
 #include "shell/log.h"
 #include "smp/thread_pool.h"
-#include "time/time_control.h"
-#include "uci/options.h"
+#include "uci/names.h"
 
 namespace quill {
 
@@ -30,10 +28,10 @@ Uci::Uci(ThreadPool& pool, EvalTables& evalTables, BookSelector& book, std::FILE
          const char* errorLog)
     : pool_(pool),
       board_(pool.board()),
-      evalTables_(evalTables),
       book_(book),
       out_(out),
-      errorLog_(errorLog) {}
+      errorLog_(errorLog),
+      options_(pool, evalTables) {}
 
 bool Uci::dispatch(const char* command, const char* rest) {
   struct Handler {
@@ -67,14 +65,12 @@ bool Uci::dispatch(const char* command, const char* rest) {
 }
 
 void Uci::uci() {
-  // A running search reports here already, and its thread reads the pointer.
-  if (pool_.listener != this) pool_.listener = this;
   logOff();
   if (errorLog_ != nullptr) redirectErrors(errorLog_);
   std::string text = "\n";
   text.append("id name ").append(EngineName).append("-").append(EngineVersion).append("\n");
   text.append("id author ").append(EngineAuthor).append("\n");
-  text += optionLines(pool_.threadCount());
+  text += options_.announcement();
   text += "uciok\n";
   send(text);
   uciMode_ = true;
@@ -99,9 +95,22 @@ void Uci::quit() {
   std::_Exit(0);
 }
 
+void Uci::setoption() {
+  const Options::Option* option = Options::find(arguments_);
+  if (option == nullptr) return;
+  if (Options::needsIdle(*option)) {
+    const UciStatus old = stopRunningSearch();
+    if (isRunning(old)) {
+      std::fprintf(stderr, "uci::setoption(): search still running? status=%i\n", old);
+    }
+  }
+  options_.set(*option, arguments_);
+}
+
 void Uci::stop() {
   switch (setStatus(Finished)) {
     case Finished:
+    case Withheld:
       repeatAnswer({answer_.best, NoMove});
       break;
     case Position:
@@ -121,6 +130,7 @@ void Uci::stop() {
 void Uci::ponderhit() {
   switch (setStatus(Searching)) {
     case Finished:
+    case Withheld:
       trace("uci:ponderhit(): already finished\n");
       setStatus(Finished);
       repeatAnswer(answer_);
@@ -135,28 +145,28 @@ void Uci::ponderhit() {
       std::fprintf(stderr, "uci::ponderhit status==SEARCHING, ponderhit ignored\n");
       break;
     case Pondering:
-      // A search that would have ended but for the pondering has nothing more to think about.
-      if (pool_.stopReason.load(std::memory_order_relaxed) != StopNone) {
-        pool_.stopAll();
-      } else {
-        pool_.timeControl.ponderhit();
-      }
+      // A search that would have ended but for the pondering has nothing more to think about. First
+      // infinite is cleared, then the reason looked at, sequentially consistent both: the end of an
+      // iteration (iterate in search/root.cpp) stores the reason and then looks at infinite, so
+      // that one of the two sees what the other did.
+      pool_.state.timeControl.ponderhit();
+      if (pool_.state.stopReason.load() != StopNone) pool_.stopAll();
       break;
   }
 }
 
 void Uci::searchFinished(int depth, int /*score*/, Move /*move*/) {
   printPvBlock(depth);
-  answer_ = {pool_.rootMoves.bestMove(), pool_.rootMoves.ponderMove()};
+  throttle_.reset();  // for the next search
+  answer_ = {pool_.state.rootMoves.bestMove(), pool_.state.rootMoves.ponderMove()};
   const Answer answer = answer_;  // the member may change as soon as the status has
-  bool isWithheld = false;
+  UciStatus status;
   {
     const std::lock_guard guard(statusLock_);
-    isWithheld = status_ == Pondering;
-    isAnswerWithheld_ = isWithheld;
-    status_ = Finished;
+    status = status_ == Pondering ? Withheld : Finished;
+    status_ = status;
   }
-  if (isWithheld) {
+  if (status == Withheld) {
     trace("Uci:finish() delay sending bestmove, status is still 'pondering'\n");
   } else {
     sendBestMove(answer);
@@ -167,37 +177,28 @@ void Uci::repeatAnswer(Answer answer) {
   // The search thread may still be on its way from setting the status to sending its answer, which
   // must not come behind this one: the GUI could take it for the answer to its next "go".
   pool_.waitIdle();
-  isAnswerWithheld_ = false;
   sendBestMove(answer);
 }
 
-void Uci::releaseWithheldAnswer() {
-  bool wasWithheld = false;
-  {
-    const std::lock_guard guard(statusLock_);
-    wasWithheld = std::exchange(isAnswerWithheld_, false);
-  }
-  if (wasWithheld) sendBestMove(answer_);
-}
-
 void Uci::reportCurrentMove(int depth, int moveIndex, Move move) {
-  if (!sendPv_.load(std::memory_order_relaxed)) return;
-  const std::uint32_t elapsed = pool_.timeControl.elapsed();
+  if (!options_.sendPv()) return;
+  const std::uint32_t elapsed = pool_.state.timeControl.elapsed();
   if (!throttle_.admitsCurrentMove(moveIndex, elapsed)) return;
-  send(currentMoveLine(depth, moveIndex, move, SearchSnapshot::of(pool_, elapsed)));
+  send(currentMoveLine(depth, moveIndex, move, SearchSnapshot::of(pool_.state, elapsed)));
 }
 
 void Uci::reportPv(int depth, int score, Move move) {
-  if (!sendPv_.load(std::memory_order_relaxed)) return;
-  if (!throttle_.admitsPv(depth, score, move, pool_.timeControl.elapsed())) return;
+  if (!options_.sendPv()) return;
+  if (!throttle_.admitsPv(depth, score, move, pool_.state.timeControl.elapsed())) return;
   printPvBlock(depth);
   throttle_.pvShown(depth, score, move);
 }
 
 void Uci::printPvBlock(int filterDepth) {
-  const PvBlockOptions options = {lineCount(pool_.rootMoves, pool_.activeMultiPv), filterDepth,
-                                  sendPv_.load(std::memory_order_relaxed)};
-  send(pvBlock(pool_.rootMoves, options, SearchSnapshot::of(pool_, pool_.timeControl.elapsed())));
+  const PvBlockOptions options = {lineCount(pool_.state.rootMoves, pool_.state.activeMultiPv),
+                                  filterDepth, options_.sendPv()};
+  send(pvBlock(pool_.state.rootMoves, options,
+               SearchSnapshot::of(pool_.state, pool_.state.timeControl.elapsed())));
 }
 
 UciStatus Uci::setStatus(UciStatus status) {
@@ -227,17 +228,11 @@ UciStatus Uci::stopRunningSearch() {
 }
 
 void Uci::finish() {
-  if (isSearching() && pool_.timeControl.infinite()) {
+  if (isSearching() && pool_.state.timeControl.infinite()) {
     stopRunningSearch();
   } else {
     pool_.waitIdle();
   }
-}
-
-void Uci::prepareConsoleSearch() {
-  pool_.listener = uciMode_ ? this : nullptr;
-  pool_.quiet = uciMode_;
-  throttle_.reset();
 }
 
 void Uci::sendBestMove(Answer answer) {

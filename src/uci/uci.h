@@ -11,7 +11,6 @@
 // status orders them.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <mutex>
@@ -20,7 +19,9 @@
 #include "board/move.h"
 #include "search/listener.h"
 #include "shell/text.h"
+#include "time/time_control.h"
 #include "uci/info.h"
+#include "uci/options.h"
 
 namespace quill {
 
@@ -29,17 +30,12 @@ struct Board;
 struct EvalTables;
 struct ThreadPool;
 
-inline constexpr char EngineName[] = "quill";
-inline constexpr char EngineVersion[] = "1.0";
-inline constexpr char EngineAuthor[] = "Orvelle";
-// Where standard error goes under a GUI, in the current directory.
-inline constexpr char ErrorLogName[] = "quill-1.0-error.log";
-
 enum UciStatus : int {
   Finished = 0,   // no search runs; the last one's answer is known
   Position = 1,   // a position was set; "go" is expected
   Searching = 2,  // the search sends its answer when it ends
   Pondering = 3,  // the answer waits for "ponderhit" or "stop"
+  Withheld = 4,   // a ponder search has ended by itself; its answer still waits
 };
 
 class Uci final : public SearchListener {
@@ -59,30 +55,11 @@ class Uci final : public SearchListener {
   // At the end of input: waits for a limited search to answer; ends an unlimited one. Blocks.
   void finish();
 
-  // Makes the pool ready for a search from the console: it reports here in UCI mode only.
-  void prepareConsoleSearch();
-
   void reportCurrentMove(int depth, int moveIndex, Move move) override;
   void reportPv(int depth, int score, Move move) override;
   void searchFinished(int depth, int score, Move move) override;
 
  private:
-  friend struct OptionSetter;  // options.cpp
-
-  // The parameters of "go"; times in ms.
-  struct GoLimits {
-    int wtime = -1;
-    int btime = -1;
-    int winc = 0;
-    int binc = 0;
-    int depth = 0;
-    std::int64_t nodes = 0;
-    int movetime = -1;
-    int movestogo = -1;
-    bool infinite = false;
-    bool ponder = false;
-  };
-
   // The move that a search, the book or a lack of both came to.
   struct Answer {
     Move best = NoMove;
@@ -103,44 +80,30 @@ class Uci final : public SearchListener {
   // Ends a search that runs, so that it sends its answer, and waits until all threads are idle.
   // Returns the status that it found; one of no search is left alone.
   UciStatus stopRunningSearch();
-  // The same for an option that can't change under a search.
-  void stopForOption();
 
   bool setPosition();
   void playMoves();
   bool probeBook();
-  GoLimits readGoLimits();
-  void configureTime(const GoLimits& limits);
+  SearchLimits readLimits();
 
   void printPvBlock(int filterDepth);
   void sendBestMove(Answer answer);
   // Sends the answer of a search that has ended, or what is left of it, on demand.
   void repeatAnswer(Answer answer);
-  // Sends the answer of a ponder search that ended by itself and that neither "ponderhit" nor
-  // "stop" has asked for: a new "position" or "go" does without them. Requires: no search runs.
-  void releaseWithheldAnswer();
   void send(const std::string& text);
 
   ThreadPool& pool_;
   Board& board_;  // the position to search: the master's
-  EvalTables& evalTables_;
   BookSelector& book_;
   std::FILE* out_;
   const char* errorLog_;
   Tokenizer arguments_;  // of the command in progress
 
-  EngineString opponentName_;
-  EngineString opponentTitle_;
-  EngineString opponentType_;
-  int opponentElo_ = 0;
+  Options options_;
   bool uciMode_ = false;
-  bool ownBook_ = true;
-  // Principal variations are sent. Relaxed: a search may see a change a line later.
-  std::atomic<bool> sendPv_{true};
   std::uint32_t reserve_ = 3000;  // ms of the clock that are never planned with
 
   UciStatus status_ = Finished;
-  bool isAnswerWithheld_ = false;  // the last search's answer waits; changes with the status
   std::mutex statusLock_;
   int lastGoPly_ = 0;    // game ply of the last "go", to notice a new game
   int lastBookPly_ = 0;  // game ply of the last book move, 0 = none

@@ -23,14 +23,14 @@ using testing::StartsWith;
 class ReportTest : public testing::Test {
  protected:
   ReportTest() {
-    kit.pool.quiet = false;
+    kit.state().quiet = false;
     kit.timeControl.start();
     kit.setPosition("6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - -");
   }
 
   // The search as it stands when a line is written.
   void be(int depth, int selDepth, std::uint32_t ms, std::uint64_t nodes) {
-    kit.pool.iterationDepth = depth;
+    kit.state().iterationDepth = depth;
     kit.worker().selDepth = selDepth;
     kit.timeControl.start();
     test::crankedTicks += ms;
@@ -40,7 +40,7 @@ class ReportTest : public testing::Test {
   }
 
   std::string headOf(int score) {
-    printSearchLine(kit.pool, score, nullptr);
+    printSearchLine(kit.state(), score, nullptr);
     return log.take();
   }
 
@@ -102,32 +102,32 @@ TEST_F(ReportTest, LongCountsCarryAUnit) {
 TEST_F(ReportTest, FailLinesNameTheMove) {
   be(9, 9, 0, 0);
   const Move move = moveOf(kit.board(), "d1d8");
-  printFailLine(kit.pool, 30, "++3/20 ", move);
+  printFailLine(kit.state(), 30, "++3/20 ", move);
   EXPECT_THAT(log.take(), EndsWith("      30  ++3/20 d1d8\n"));
-  printFailLine(kit.pool, 30, "--", move);
+  printFailLine(kit.state(), 30, "--", move);
   EXPECT_THAT(log.take(), EndsWith("      30  --d1d8\n"));
-  printFailLine(kit.pool, 30, "--", NoMove);
+  printFailLine(kit.state(), 30, "--", NoMove);
   EXPECT_THAT(log.take(), EndsWith("      30  --\n"));
 }
 
 TEST_F(ReportTest, IterationEndsWithReasonAndRatio) {
   be(9, 9, 0, 0);
-  printIteration(kit.pool, 30, "ok", 2.26f, "");
+  printIteration(kit.state(), 30, "ok", 2.26f, "");
   EXPECT_THAT(log.take(), EndsWith("      30  ok/2.3 \n"));
-  printIteration(kit.pool, 30, "single move", 1.0f, "(INF)");
+  printIteration(kit.state(), 30, "single move", 1.0f, "(INF)");
   EXPECT_THAT(log.take(), EndsWith("      30  single move/1.0 (INF)\n"));
 }
 
 TEST_F(ReportTest, LineIsWrittenInAlgebraicNotation) {
   test::RecordingListener listener;
-  kit.pool.listener = &listener;
+  kit.state().listener = &listener;
   be(3, 3, 0, 0);
   kit.setPosition("r3k2r/8/8/8/8/8/1P6/4K2R w Kkq -");
-  kit.pool.rootMoves.clear();
-  kit.pool.rootMoves.count = 1;
-  kit.pool.rootMoves.records[0] = {moveOf(kit.board(), "e1g1"), 55, 3, Exact, 0};
+  kit.state().rootMoves.clear();
+  kit.state().rootMoves.count = 1;
+  kit.state().rootMoves.records[0] = {moveOf(kit.board(), "e1g1"), 55, 3, Exact, 0};
   Board board(kit.board());
-  auto& line = kit.pool.rootMoves.lines[0];
+  auto& line = kit.state().rootMoves.lines[0];
   std::size_t length = 0;
   for (const char* text : {"e1g1", "h8h1", "g1h1", "e8c8", "b2b4"}) {
     line[length] = moveOf(board, text);
@@ -135,7 +135,7 @@ TEST_F(ReportTest, LineIsWrittenInAlgebraicNotation) {
   }
   line[length] = NoMove;
   const UndoInfo before = kit.board();
-  printPvLine(kit.pool, 0);
+  printPvLine(kit.state(), 0);
   EXPECT_THAT(log.take(), EndsWith("      55  O-O Rh1+ Kxh1 O-O-O b4 \n"));
   EXPECT_EQ(kit.board().ply, 0);
   EXPECT_EQ(before.enemyAttacks, kit.board().enemyAttacks);
@@ -144,18 +144,18 @@ TEST_F(ReportTest, LineIsWrittenInAlgebraicNotation) {
   EXPECT_EQ(listener.events[0].value, 55);
   EXPECT_EQ(listener.events[0].move, line[0]);
 
-  kit.pool.activeMultiPv = 2;
-  printPvLine(kit.pool, 0);
+  kit.state().activeMultiPv = 2;
+  printPvLine(kit.state(), 0);
   EXPECT_THAT(log.take(), HasSubstr(" 1) O-O "));
 }
 
 TEST_F(ReportTest, QuietPoolWritesTheRatioAlone) {
-  kit.pool.quiet = true;
-  printSearchLine(kit.pool, 30, "stopped\n");
-  printFailLine(kit.pool, 30, "--", moveOf(kit.board(), "d1d8"));
-  printPvLine(kit.pool, 0);
+  kit.state().quiet = true;
+  printSearchLine(kit.state(), 30, "stopped\n");
+  printFailLine(kit.state(), 30, "--", moveOf(kit.board(), "d1d8"));
+  printPvLine(kit.state(), 0);
   EXPECT_EQ(log.take(), "");
-  printIteration(kit.pool, 30, "ok", 2.0f, "");
+  printIteration(kit.state(), 30, "ok", 2.0f, "");
   EXPECT_EQ(log.take(), "/2.0 \n");
 }
 
@@ -204,7 +204,7 @@ TEST_F(ReportTest, ThreadLinesShowWhereTheTimeWent) {
 TEST(ReportOfASearch, ConsoleLinesFollowEachOther) {
   test::SearchKit kit(1);
   test::LogCapture log;
-  kit.pool.quiet = false;
+  kit.quiet = false;
   kit.setPosition("6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - -");
   kit.think(0);
   const std::string text = log.take();
@@ -230,9 +230,9 @@ TEST(ReportOfASearch, EveryThreadHasItsLine) {
 TEST(ReportOfASearch, StoppedSearchSaysSo) {
   test::SearchKit kit(1);
   test::LogCapture log;
-  kit.pool.quiet = false;
+  kit.quiet = false;
   kit.setPosition("6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - -");
-  kit.timeControl.setNodeLimit(1);
+  kit.limits.nodes = 1;
   kit.think(0);
   EXPECT_THAT(log.take(), HasSubstr(" stopped\nnodes  : "));
 }

@@ -40,7 +40,7 @@ class WatchingListener : public RecordingListener {
 
 class RootTest : public testing::Test {
  protected:
-  RootTest() : kit(1) { kit.pool.listener = &listener; }
+  RootTest() : kit(1) { kit.listener = &listener; }
 
   int deepest() const {
     int depth = 0;
@@ -61,7 +61,7 @@ class RootTest : public testing::Test {
 
 TEST_F(RootTest, OneLegalMoveEndsAfterDepthTwo) {
   think("7k/8/8/8/8/8/PPP3q1/7K w - -", 0);
-  EXPECT_EQ(kit.pool.stopReason, StopSingleMove);
+  EXPECT_EQ(kit.state().stopReason, StopSingleMove);
   EXPECT_EQ(deepest(), 2);
   EXPECT_EQ(kit.bestMoveText(), "h1g2");
 }
@@ -81,8 +81,8 @@ TEST_F(RootTest, NoLegalMoveEndsAtOnce) {
 
 TEST_F(RootTest, DepthLimitEndsTheSearch) {
   think(test::QuietFen, 3);
-  EXPECT_EQ(kit.pool.stopReason, StopDepth);
-  EXPECT_EQ(kit.pool.iterationDepth, 3);
+  EXPECT_EQ(kit.state().stopReason, StopDepth);
+  EXPECT_EQ(kit.state().iterationDepth, 3);
   const Event& end = listener.events.back();
   EXPECT_EQ(end.kind, Event::Finished);
   EXPECT_EQ(listener.countOf(Event::Finished), 1);
@@ -92,31 +92,29 @@ TEST_F(RootTest, DepthLimitEndsTheSearch) {
 
 TEST_F(RootTest, MateWithinTheHorizonEndsTheSearch) {
   think("6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - -", 0);
-  EXPECT_EQ(kit.pool.stopReason, StopMate);
-  EXPECT_EQ(kit.pool.iterationDepth, 1);
+  EXPECT_EQ(kit.state().stopReason, StopMate);
+  EXPECT_EQ(kit.state().iterationDepth, 1);
   EXPECT_EQ(bestScore(kit.rootMoves()), 29999);
   EXPECT_EQ(kit.bestMoveText(), "d1d8");
 }
 
 TEST_F(RootTest, SpentTimeStartsNoNewIteration) {
-  kit.timeControl.setClock(60'000, 0);
-  kit.timeControl.allocateTime();
-  const std::uint32_t enough = kit.timeControl.phaseTime(1) + 1;
+  kit.limits.clock[White] = 60'000;
   listener.onCurrentMove = [&](int depth, int moveIndex) {
-    if (depth == 3 && moveIndex == 0) test::crankedTicks += enough;
+    if (depth == 3 && moveIndex == 0)
+      test::crankedTicks += kit.timeControl.phaseTime(NewIterationPhase) + 1;
   };
   think(test::QuietFen, 0);
-  EXPECT_EQ(kit.pool.stopReason, StopTime);
-  EXPECT_EQ(kit.pool.iterationDepth, 3);
+  EXPECT_EQ(kit.state().stopReason, StopTime);
+  EXPECT_EQ(kit.state().iterationDepth, 3);
 }
 
 TEST_F(RootTest, SpentNodesStartNoNewIteration) {
-  kit.timeControl.setNodeLimit(100'000);
-  kit.timeControl.allocateNodes();
+  kit.limits.nodes = 100'000;
+  kit.limits.movesToGo = 33;
   think(test::QuietFen, 0);
-  EXPECT_EQ(kit.pool.stopReason, StopNodes);
-  EXPECT_GT(kit.pool.searchedNodes(), kit.timeControl.phaseNodes(1));
-  kit.timeControl.setNodeLimit(0);
+  EXPECT_EQ(kit.state().stopReason, StopNodes);
+  EXPECT_GT(kit.state().searchedNodes(), kit.timeControl.phaseNodes(NewIterationPhase));
 }
 
 // The clock runs out in the middle of an iteration: what was searched before it counts, the move
@@ -132,8 +130,8 @@ TEST_F(RootTest, MoveInHandWhenTheTimeEndsIsDropped) {
     test::crankedTicks += 1001;
   };
   think(test::QuietFen, 0);
-  EXPECT_EQ(kit.pool.iterationDepth, 5);
-  EXPECT_TRUE(kit.pool.rootStop);
+  EXPECT_EQ(kit.state().iterationDepth, 5);
+  EXPECT_TRUE(kit.state().rootStop);
   const RootMoveList& moves = kit.rootMoves();
   const auto record = std::find_if(moves.records.begin(), moves.records.begin() + moves.count,
                                    [&](const RootMove& root) { return root.move == inHand; });
@@ -144,23 +142,21 @@ TEST_F(RootTest, MoveInHandWhenTheTimeEndsIsDropped) {
 }
 
 TEST_F(RootTest, InfiniteSearchGoesOnPastItsReasons) {
-  kit.timeControl.setInfinite(true);
+  kit.limits.infinite = true;
   listener.onCurrentMove = [&](int depth, int) {
-    if (depth == 6) kit.pool.rootStop = true;
+    if (depth == 6) kit.state().rootStop = true;
   };
   think("7k/8/8/8/8/8/PPP3q1/7K w - -", 2);
-  EXPECT_EQ(kit.pool.iterationDepth, 6);
-  kit.timeControl.setInfinite(false);
+  EXPECT_EQ(kit.state().iterationDepth, 6);
 }
 
 TEST_F(RootTest, NodeLimitAnswersWithALegalMove) {
   for (const unsigned limit : {1, 2, 300, 5'000, 60'000}) {
-    kit.timeControl.setNodeLimit(limit);
+    kit.limits.nodes = limit;
     think(test::KiwipeteFen, 0);
     EXPECT_TRUE(isLegalMove(kit.board(), listener.events.back().move)) << limit;
-    EXPECT_LT(kit.pool.searchedNodes(), limit + 2 * 4096) << limit;
+    EXPECT_LT(kit.state().searchedNodes(), limit + 2 * 4096) << limit;
   }
-  kit.timeControl.setNodeLimit(0);
 }
 
 TEST_F(RootTest, LinesReportedAreLegalAndBeginWithTheirMove) {
@@ -184,7 +180,7 @@ TEST_F(RootTest, LinesReportedAreLegalAndBeginWithTheirMove) {
     lines += walk.size() > 1 ? 1 : 0;
   };
   for (const int multiPv : {1, 3}) {
-    kit.pool.multiPv = multiPv;
+    kit.state().multiPv = multiPv;
     for (const char* fen : test::VariedFens) think(fen, test::effort(6, 4) - multiPv / 2);
     for (const test::ForcedMate& mate : test::ForcedMates) think(mate.fen, test::effort(5, 3));
   }
@@ -192,8 +188,8 @@ TEST_F(RootTest, LinesReportedAreLegalAndBeginWithTheirMove) {
 }
 
 TEST_F(RootTest, SeveralLinesAreKeptInOrder) {
-  kit.pool.multiPv = 4;
-  kit.pool.multiPvMargin = 0;
+  kit.state().multiPv = 4;
+  kit.state().multiPvMargin = 0;
   think(test::QuietFen, 6);
   const RootMoveList& moves = kit.rootMoves();
   for (int slot = 0; slot < 4; ++slot) {
@@ -207,19 +203,19 @@ TEST_F(RootTest, SeveralLinesAreKeptInOrder) {
 }
 
 TEST_F(RootTest, MoreLinesThanMovesAreFine) {
-  kit.pool.multiPv = 256;
+  kit.state().multiPv = 256;
   for (const int margin : {0, 100}) {
-    kit.pool.multiPvMargin = margin;
+    kit.state().multiPvMargin = margin;
     think("8/8/8/3k4/8/3KP3/8/8 w - -", 8);
-    EXPECT_EQ(kit.pool.iterationDepth, 8);
+    EXPECT_EQ(kit.state().iterationDepth, 8);
   }
 }
 
 TEST_F(RootTest, LineBelowTheMarginCostsNoWiderWindow) {
   // One move wins a queen; all others leave White far behind.
   constexpr char Fen[] = "6k1/5ppp/8/3q4/4P3/8/5PPP/6K1 w - -";
-  kit.pool.multiPv = 3;
-  kit.pool.multiPvMargin = 100;
+  kit.state().multiPv = 3;
+  kit.state().multiPvMargin = 100;
   think(Fen, 7);
   EXPECT_EQ(kit.bestMoveText(), "e4d5");
   // The third line is searched once in each pass over the root moves.
@@ -228,10 +224,10 @@ TEST_F(RootTest, LineBelowTheMarginCostsNoWiderWindow) {
     passes += event.kind == Event::Current && event.value == 2 && event.depth >= 4 ? 1 : 0;
   }
   EXPECT_LE(passes, 5) << "in the iterations 4 to 7";
-  const std::uint64_t nodes = kit.pool.searchedNodes();
-  kit.pool.multiPvMargin = 0;
+  const std::uint64_t nodes = kit.state().searchedNodes();
+  kit.state().multiPvMargin = 0;
   think(Fen, 7);
-  EXPECT_LT(nodes, kit.pool.searchedNodes());
+  EXPECT_LT(nodes, kit.state().searchedNodes());
 }
 
 TEST_F(RootTest, ExactMoveIsNotSearchedAgainInAWiderWindow) {
@@ -256,7 +252,7 @@ TEST_F(RootTest, SameSearchTwiceIsTheSame) {
     std::vector<std::vector<Move>> lines;
     for (int run = 0; run < 2; ++run) {
       think(fen, 7);
-      nodes.push_back(kit.pool.searchedNodes());
+      nodes.push_back(kit.state().searchedNodes());
       scores.push_back(bestScore(kit.rootMoves()));
       const Move* line = kit.rootMoves().lineAt(0);
       lines.emplace_back(line, std::find(line, line + MaxSearchPly, NoMove));

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "board/movegen.h"
+#include "search/draw.h"
 #include "search/line_walk.h"
 #include "support/mates.h"
 #include "support/play.h"
@@ -198,12 +199,12 @@ TEST_F(SearchTest, LimitStopsAnywhereAndLeavesTheBoardAsItWas) {
       kit.clear();
       kit.worker().stats.reset();
       kit.worker().stop = false;
-      kit.pool.rootStop = false;
-      kit.timeControl.setNodeLimit(limit);
+      kit.state().rootStop = false;
+      kit.timeControl.configure({.nodes = limit});
       const Board before(kit.board());
       EXPECT_EQ(kit.scoreAt(1, 30), 0) << fen;
       EXPECT_EQ(test::difference(kit.board(), before), "") << fen << " after " << limit;
-      EXPECT_TRUE(kit.pool.rootStop);
+      EXPECT_TRUE(kit.state().rootStop);
       // The main search looks every 256 of its own nodes, quiescence every 4096.
       EXPECT_LT(kit.worker().stats.searched(), limit + 3 * 4096) << fen;
       TtEntry entry;

@@ -214,7 +214,7 @@ TEST_F(TtTest, StoresAreCountedByWhatTheyMeet) {
   fill(0, {5, 5, 5, 5, 5});
   EXPECT_EQ(stats.ttNew, 5u);
   EXPECT_EQ(stats.ttOverwrites, 1u) << "the fifth displaced a current entry";
-  EXPECT_EQ(kit.pool.ttFilled(), 4u);
+  EXPECT_EQ(kit.state().ttFilled(), 4u);
   tt().newSearch();
   be(0, 6);
   store(ExactBound, 5, 0);

@@ -1,4 +1,4 @@
-#include "smp/split_point.h"
+#include "smp/split.h"
 
 #include <gtest/gtest.h>
 
@@ -38,14 +38,14 @@ TEST(SplitPoint, OneThreadNeverSplits) {
   kit.setPosition(test::KiwipeteFen);
   kit.think(6);
   EXPECT_EQ(splitsOf(kit.pool), 0u);
-  EXPECT_EQ(kit.pool.idleCount, 0);
+  EXPECT_EQ(kit.state().idleCount, 0);
 }
 
 TEST(SplitPoint, SplittingTakesAnIdleThreadAndAFreeRecord) {
   SearchKit kit;
   Worker& worker = kit.worker();
   EXPECT_FALSE(canSplit(worker));
-  kit.pool.idleCount = 1;
+  kit.state().idleCount = 1;
   EXPECT_TRUE(canSplit(worker));
   worker.splitsInUse = MaxSplitPoints - 1;
   EXPECT_TRUE(canSplit(worker));
@@ -53,7 +53,7 @@ TEST(SplitPoint, SplittingTakesAnIdleThreadAndAFreeRecord) {
   EXPECT_FALSE(canSplit(worker));
   worker.splitsInUse = 0;
   // Below 0 while another thread is handing its split point out.
-  kit.pool.idleCount = 1 - 100;
+  kit.state().idleCount = 1 - 100;
   EXPECT_FALSE(canSplit(worker));
 }
 
@@ -79,15 +79,15 @@ TEST(SplitPoint, SplitIsUndoneWhenNobodyComes) {
                              threats.data(),
                              static_cast<int>(moves.size()) - 1,
                              5};
-  kit.pool.idleCount = 1;
-  EXPECT_FALSE(trySplit(worker, request).isSplit) << "no thread is available";
+  kit.state().idleCount = 1;
+  EXPECT_FALSE(trySplit(worker, request).has_value()) << "no thread is available";
   worker.stop = true;
-  EXPECT_FALSE(trySplit(worker, request).isSplit) << "the search is being stopped";
+  EXPECT_FALSE(trySplit(worker, request).has_value()) << "the search is being stopped";
   EXPECT_EQ(worker.splitsInUse, 0);
   EXPECT_EQ(worker.currentSplit, nullptr);
   EXPECT_EQ(worker.splits, 0u);
   EXPECT_FALSE(worker.spinLock.isHeld());
-  EXPECT_EQ(kit.pool.idleCount, 1);
+  EXPECT_EQ(kit.state().idleCount, 1);
   EXPECT_EQ(worker.stats.searched(), 0u);
 }
 
@@ -170,7 +170,7 @@ TEST(SplitPointSlow, NodeLimitOfAnyThreadEndsTheSearch) {
   for (int i = 0; i < effort(300, 40); ++i) {
     kit.setPosition(test::VariedFens[static_cast<std::size_t>(i) % 6]);
     const auto limit = static_cast<unsigned>(2000 + i * 37);
-    kit.timeControl.setNodeLimit(limit);
+    kit.limits.nodes = limit;
     kit.think(0);
     ASSERT_TRUE(isLegalMove(kit.board(), kit.rootMoves().bestMove())) << i;
     for (int w = 0; w < 4; ++w) {

@@ -20,8 +20,8 @@ void sleepMicroseconds(int us) { std::this_thread::sleep_for(std::chrono::micros
 
 // An idle pool has everything of the parallel search put away.
 void expectSettled(ThreadPool& pool) {
-  EXPECT_EQ(pool.idleCount, 0);
-  EXPECT_FALSE(pool.poolLock.isHeld());
+  EXPECT_EQ(pool.state.idleCount, 0);
+  EXPECT_FALSE(pool.state.poolLock.isHeld());
   for (const auto& worker : pool.workers) {
     EXPECT_EQ(worker->splitsInUse, 0);
     EXPECT_EQ(worker->currentSplit, nullptr);
@@ -56,11 +56,11 @@ TEST(ThreadPool, CountIsClampedAndMayChangeAnyTime) {
 TEST(ThreadPool, StartReturnsAtOnceAndStopWaits) {
   SearchKit kit(2);
   RecordingListener listener;
-  kit.pool.listener = &listener;
-  kit.timeControl.setInfinite(true);
+  kit.listener = &listener;
+  kit.limits.infinite = true;
   kit.setPosition(test::KiwipeteFen);
   EXPECT_FALSE(kit.pool.isSearching());
-  kit.pool.startSearch();
+  kit.start();
   EXPECT_TRUE(kit.pool.isSearching());
   kit.pool.stopAll();
   EXPECT_FALSE(kit.pool.isSearching());
@@ -84,11 +84,11 @@ TEST(ThreadPool, CountsBeginAtZeroWithTheSearch) {
   SearchKit kit(4);
   kit.setPosition(test::KiwipeteFen);
   kit.think(7);
-  const std::uint64_t before = kit.pool.searchedNodes();
-  kit.timeControl.setInfinite(true);
+  const std::uint64_t before = kit.state().searchedNodes();
+  kit.limits.infinite = true;
   for (int i = 0; i < 20; ++i) {
-    kit.pool.startSearch();
-    ASSERT_LT(kit.pool.searchedNodes(), before);
+    kit.start();
+    ASSERT_LT(kit.state().searchedNodes(), before);
     kit.pool.stopAll();
     for (int w = 1; w < 4; ++w) kit.pool.workers[w]->stats.nodes.add(before);
   }
@@ -97,14 +97,14 @@ TEST(ThreadPool, CountsBeginAtZeroWithTheSearch) {
 TEST(ThreadPool, NothingOfTheLastSearchIsLeftInTheNext) {
   SearchKit kit(3);
   kit.setPosition(test::KiwipeteFen);
-  kit.timeControl.setNodeLimit(3000);
+  kit.limits.nodes = 3000;
   kit.think(0);
-  EXPECT_TRUE(kit.pool.rootStop);
-  kit.timeControl.setNodeLimit(0);
+  EXPECT_TRUE(kit.state().rootStop);
+  kit.limits.nodes = 0;
   kit.think(4);
-  EXPECT_FALSE(kit.pool.rootStop);
-  EXPECT_EQ(kit.pool.stopReason, StopDepth);
-  EXPECT_EQ(kit.pool.iterationDepth, 4);
+  EXPECT_FALSE(kit.state().rootStop);
+  EXPECT_EQ(kit.state().stopReason, StopDepth);
+  EXPECT_EQ(kit.state().iterationDepth, 4);
 }
 
 TEST(ThreadPool, TimeLimitEndsTheSearchOnEveryThread) {
@@ -126,12 +126,12 @@ TEST(ThreadPool, TimeLimitEndsTheSearchOnEveryThread) {
 void startAndStop(int threads, int rounds) {
   SearchKit kit(threads, nullptr);
   RecordingListener listener;
-  kit.pool.listener = &listener;
-  kit.timeControl.setInfinite(true);
+  kit.listener = &listener;
+  kit.limits.infinite = true;
   for (int i = 0; i < rounds; ++i) {
     kit.setPosition(test::VariedFens[static_cast<std::size_t>(i) % std::size(test::VariedFens)]);
     listener.events.clear();
-    kit.pool.startSearch();
+    kit.start();
     sleepMicroseconds(i % 7 * 150);
     kit.pool.stopAll();
     ASSERT_EQ(listener.countOf(RecordingListener::Event::Finished), 1) << i;
@@ -155,11 +155,11 @@ TEST_P(ThreadPoolSlow, SearchesFollowEachOtherAtOnce) {
   for (int i = 0; i < effort(400, 60); ++i) {
     kit.setPosition(test::VariedFens[static_cast<std::size_t>(i) % std::size(test::VariedFens)]);
     kit.timeControl.setMoveTime(static_cast<std::uint32_t>(i % 4));
-    kit.timeControl.setNodeLimit(i % 3 == 0 ? static_cast<unsigned>(100 + i * 10) : 0);
-    kit.timeControl.setDepthLimit(i % 5 == 0 ? 3 : 0);
-    kit.pool.startSearch();
+    kit.limits.nodes = i % 3 == 0 ? static_cast<unsigned>(100 + i * 10) : 0;
+    kit.limits.depth = i % 5 == 0 ? 3 : 0;
+    kit.start();
     // Another one waits for this one's end by itself.
-    if (i % 2 == 0) kit.pool.startSearch();
+    if (i % 2 == 0) kit.start();
     kit.pool.waitIdle();
     expectSettled(kit.pool);
     if (i % 16 == 0) kit.pool.setThreadCount(1 + i / 16 % GetParam());

@@ -12,7 +12,6 @@
 #include "board/notation.h"
 #include "eval/weights.h"
 #include "search/quiescence.h"
-#include "search/root.h"
 #include "search/search.h"
 #include "search/tt.h"
 #include "shell/log.h"
@@ -40,7 +39,6 @@ class SearchKit {
   explicit SearchKit(int threads = 0, TimeControl::TickSource ticks = crankedClock)
       : timeControl(ticks), pool(tt, timeControl, evalTables) {
     setLogStream(nullptr);
-    pool.quiet = true;
     if (threads > 0) pool.setThreadCount(threads);
   }
   ~SearchKit() {
@@ -50,9 +48,10 @@ class SearchKit {
   SearchKit(const SearchKit&) = delete;
   SearchKit& operator=(const SearchKit&) = delete;
 
-  Worker& worker() { return pool.master(); }
+  Worker& worker() { return pool.state.master(); }
+  SearchState& state() { return pool.state; }
   Board& board() { return pool.board(); }
-  RootMoveList& rootMoves() { return pool.rootMoves; }
+  RootMoveList& rootMoves() { return pool.state.rootMoves; }
 
   void setPosition(const std::string& fen) {
     ASSERT_TRUE(setFen(board(), fen.c_str(), nullptr)) << fen;
@@ -73,12 +72,17 @@ class SearchKit {
     return qsearch(worker(), ply, checkDepth, alpha, beta, flags);
   }
 
-  // A whole search to the depth on the pool's threads; the score of its best move.
+  // Starts a search within the limits on the pool's threads.
+  void start() {
+    timeControl.configure(limits, board().stm);
+    pool.startSearch(listener, quiet);
+  }
+  // A whole search, to the depth (0: as the other limits say); the score of its best move.
   int think(int depth) {
-    timeControl.setDepthLimit(depth);
-    pool.startSearch();
+    limits.depth = depth;
+    start();
     pool.waitIdle();
-    return bestScore(pool.rootMoves);
+    return bestScore(rootMoves());
   }
 
   std::string bestMoveText() { return uciText(rootMoves().bestMove()); }
@@ -87,6 +91,10 @@ class SearchKit {
     uciMoveText(text, move);
     return text;
   }
+
+  SearchLimits limits;
+  SearchListener* listener = nullptr;
+  bool quiet = true;
 
   EvalTables evalTables;
   Tt tt;

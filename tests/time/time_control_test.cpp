@@ -15,9 +15,6 @@ using testing::ElementsAre;
 std::uint32_t now = 0;
 std::uint32_t handCrankedClock() { return now; }
 
-constexpr int Normal = 3;
-constexpr int Verify = 4;
-constexpr int Crisis = 5;
 constexpr Move MoveA = 0x0C1C;
 constexpr Move MoveB = 0x0D1D;
 
@@ -25,24 +22,29 @@ class TimeControlTest : public testing::Test {
  protected:
   TimeControlTest() { now = 1000; }
 
-  void setClock(std::uint32_t remaining, std::uint32_t increment, int movesToGo,
-                bool canPonder = false) {
-    control.start();
+  // As for a move of Black's; White's clock says something else.
+  void setClock(int remaining, int increment, int movesToGo, bool canPonder = false,
+                bool ponder = false) {
     control.setCanPonder(canPonder);
-    control.setReserve(3000);
-    control.setMovesToGo(movesToGo);
-    control.setClock(remaining, increment);
-    control.allocateTime();
+    begin({.clock = {77, remaining},
+           .increment = {7, increment},
+           .reserve = 3000,
+           .movesToGo = movesToGo,
+           .ponder = ponder});
+  }
+  void begin(const SearchLimits& limits) {
+    control.configure(limits, Black);
+    control.start();
   }
 
   std::vector<std::uint32_t> times() const {
     std::vector<std::uint32_t> result;
-    for (int i = 0; i < TimeControl::PhaseCount; ++i) result.push_back(control.phaseTime(i));
+    for (int i = 0; i < PhaseCount; ++i) result.push_back(control.phaseTime(i));
     return result;
   }
   std::vector<std::uint64_t> nodes() const {
     std::vector<std::uint64_t> result;
-    for (int i = 0; i < TimeControl::PhaseCount; ++i) result.push_back(control.phaseNodes(i));
+    for (int i = 0; i < PhaseCount; ++i) result.push_back(control.phaseNodes(i));
     return result;
   }
 
@@ -62,8 +64,8 @@ TEST_F(TimeControlTest, SharesTheClockOverTheMovesToGo) {
 }
 
 TEST_F(TimeControlTest, NeverPlansBeyondASmallClock) {
-  for (const std::uint32_t remaining : {2000u, 0u, 3000u, 3099u}) {
-    for (const std::uint32_t increment : {5000u, 4000000000u}) {
+  for (const int remaining : {2000, 0, 3000, 3099}) {
+    for (const int increment : {5000, INT_MAX}) {
       setClock(remaining, increment, -1);
       EXPECT_THAT(times(), ElementsAre(100, 100, 100, 100, 100, 100, 0)) << remaining;
     }
@@ -87,47 +89,38 @@ TEST_F(TimeControlTest, OddMovesToGoCountAsThirtyThree) {
 }
 
 TEST_F(TimeControlTest, EndlessClocksStayInRange) {
-  for (const std::uint32_t remaining : {2147483647u, 4294967295u}) {
-    for (const std::uint32_t increment : {0u, 2147483647u, 4294967295u}) {
-      for (const int movesToGo : {1, 33}) {
-        setClock(remaining, increment, movesToGo, true);
-        for (int i = 1; i < Crisis + 1; ++i) {
-          EXPECT_LE(control.phaseTime(i), 2147483647u);
-          EXPECT_GE(control.phaseTime(i), control.phaseTime(i - 1));
-        }
+  for (const int increment : {0, INT_MAX}) {
+    for (const int movesToGo : {1, 33}) {
+      setClock(INT_MAX, increment, movesToGo, true);
+      for (int i = 1; i < CrisisPhase + 1; ++i) {
+        EXPECT_LE(control.phaseTime(i), 2147483647u);
+        EXPECT_GE(control.phaseTime(i), control.phaseTime(i - 1));
       }
     }
   }
 }
 
 TEST_F(TimeControlTest, SharesNodesOverTheMovesToGo) {
-  control.setNodeLimit(1000000);
-  control.setMovesToGo(10);
-  control.allocateNodes();
+  begin({.movesToGo = 10, .nodes = 1000000});
   EXPECT_THAT(nodes(), ElementsAre(8680, 56423, 86805, 173610, 260415, 347220, 256));
   EXPECT_EQ(control.nodeLimit(), 173610u);
   EXPECT_THAT(times(), testing::Each(5000u));
 
-  control.setNodeLimit(300);
-  control.setMovesToGo(1);
-  control.allocateNodes();
+  begin({.movesToGo = 1, .nodes = 300});
   EXPECT_THAT(nodes(), testing::Each(256u));
 
-  control.setNodeLimit(~std::uint64_t{0});
   control.setCanPonder(true);
-  control.allocateNodes();
+  begin({.movesToGo = 1, .nodes = ~std::uint64_t{0}});
   EXPECT_LE(control.phaseNodes(5), std::uint64_t{INT64_MAX});
   EXPECT_GT(control.phaseNodes(5), control.phaseNodes(1));
 }
 
 TEST_F(TimeControlTest, ANodeLimitOfNoneClearsTheBudgets) {
-  control.setNodeLimit(5000);
-  control.start();
+  begin({.nodes = 5000});
   EXPECT_EQ(control.nodeLimit(), 5000u);
   EXPECT_FALSE(control.isNodeLimitReached(4999));
   EXPECT_TRUE(control.isNodeLimitReached(5000));
-  control.setNodeLimit(0);
-  control.start();
+  begin({});
   EXPECT_FALSE(control.isNodeLimitReached(~std::uint64_t{0}));
 }
 
@@ -158,14 +151,14 @@ TEST_F(TimeControlTest, NothingChangesBeforeTheFirstIteration) {
   control.candidateResolved();
   control.firstMoveFailedLow();
   control.firstMoveSearched(-500);
-  EXPECT_EQ(control.phase(), Normal);
+  EXPECT_EQ(control.phase(), NormalPhase);
 }
 
 TEST_F(TimeControlTest, ACandidateGetsTimeWhileItIsVerified) {
   setClock(60000, 0, -1);
   control.setIterationDepth(1);
   control.newBestCandidate();
-  EXPECT_EQ(control.phase(), Verify);
+  EXPECT_EQ(control.phase(), VerifyPhase);
   EXPECT_EQ(control.limit(), 4884u);
   control.candidateResolved();
   EXPECT_EQ(control.limit(), 3256u);
@@ -174,9 +167,9 @@ TEST_F(TimeControlTest, ACandidateGetsTimeWhileItIsVerified) {
   EXPECT_EQ(control.limit(), 6512u);
   control.newBestCandidate();
   control.candidateResolved();
-  EXPECT_EQ(control.phase(), Crisis) << "a crisis is not ended by a candidate";
+  EXPECT_EQ(control.phase(), CrisisPhase) << "a crisis is not ended by a candidate";
   control.firstMoveSearched(0);
-  EXPECT_EQ(control.phase(), Normal);
+  EXPECT_EQ(control.phase(), NormalPhase);
 }
 
 TEST_F(TimeControlTest, ADroppingScoreIsACrisis) {
@@ -185,28 +178,25 @@ TEST_F(TimeControlTest, ADroppingScoreIsACrisis) {
   control.iterationDone(MoveA, 40);
   control.setIterationDepth(3);
   control.firstMoveSearched(39);
-  EXPECT_EQ(control.phase(), Crisis);
+  EXPECT_EQ(control.phase(), CrisisPhase);
   control.iterationDone(MoveA, 60);  // the reference stays at 40
-  EXPECT_EQ(control.phase(), Normal);
+  EXPECT_EQ(control.phase(), NormalPhase);
   control.firstMoveSearched(45);
-  EXPECT_EQ(control.phase(), Normal);
+  EXPECT_EQ(control.phase(), NormalPhase);
   control.iterationDone(MoveA, 30);
-  EXPECT_EQ(control.phase(), Crisis);
+  EXPECT_EQ(control.phase(), CrisisPhase);
   control.iterationDone(MoveB, 35);  // another move: the reference starts anew
-  EXPECT_EQ(control.phase(), Normal);
+  EXPECT_EQ(control.phase(), NormalPhase);
   control.firstMoveSearched(34);
-  EXPECT_EQ(control.phase(), Crisis);
+  EXPECT_EQ(control.phase(), CrisisPhase);
   control.start();
   control.setIterationDepth(2);
   control.firstMoveSearched(-900);
-  EXPECT_EQ(control.phase(), Normal) << "shallow scores are no reference";
+  EXPECT_EQ(control.phase(), NormalPhase) << "shallow scores are no reference";
 }
 
 TEST_F(TimeControlTest, AnInfiniteSearchHasNoTimeLimitInAnyPhase) {
-  control.setMoveTime(1);
-  control.setNodeLimit(77);
-  control.setInfinite(true);
-  control.start();
+  begin({.moveTime = 1, .nodes = 77, .infinite = true});
   control.setIterationDepth(5);
   control.newBestCandidate();
   control.firstMoveFailedLow();
@@ -217,8 +207,7 @@ TEST_F(TimeControlTest, AnInfiniteSearchHasNoTimeLimitInAnyPhase) {
 }
 
 TEST_F(TimeControlTest, PonderhitRestoresTheLimitOfThePhase) {
-  control.setInfinite(true);
-  setClock(60000, 0, -1);
+  setClock(60000, 0, -1, false, true);
   control.setIterationDepth(4);
   control.firstMoveFailedLow();
   EXPECT_EQ(control.limit(), TimeControl::NoLimit);
@@ -231,8 +220,7 @@ TEST_F(TimeControlTest, PonderhitRestoresTheLimitOfThePhase) {
 
 TEST_F(TimeControlTest, PonderhitHoldsAgainstPhaseChanges) {
   for (int round = 0; round < 200; ++round) {
-    control.setInfinite(true);
-    setClock(60000, 0, -1);
+    setClock(60000, 0, -1, false, true);
     control.setIterationDepth(4);
     std::thread search([this] {
       for (int i = 0; i < 50; ++i) {

@@ -55,15 +55,15 @@ TEST_F(Options, EachWeightHasItsOwnName) {
 
 TEST_F(Options, NumbersAreLoggedAsGivenAndKeptInRange) {
   send("setoption name MultiPV value 0");
-  EXPECT_EQ(pool.multiPv, 0);
+  EXPECT_EQ(pool.state.multiPv, 0);
   send("setoption name multipv value 999");
-  EXPECT_EQ(pool.multiPv, 256);
+  EXPECT_EQ(pool.state.multiPv, 256);
   send("setoption name MultiPV value");
-  EXPECT_EQ(pool.multiPv, 1);
+  EXPECT_EQ(pool.state.multiPv, 1);
   EXPECT_EQ(logged(), "multipv=0\nmultipv=999\nmultipv=1\n");
   send("setoption name MultiPVMargin value 5000");
-  EXPECT_EQ(pool.multiPvMargin, 2000);
-  EXPECT_EQ(pool.multiPv, 1) << "a name is not matched by its beginning";
+  EXPECT_EQ(pool.state.multiPvMargin, 2000);
+  EXPECT_EQ(pool.state.multiPv, 1) << "a name is not matched by its beginning";
   EXPECT_EQ(logged(), "");
 }
 
@@ -89,7 +89,7 @@ TEST_F(Options, ClearTakesTheWordHashAlone) {
     startSearch("depth 5");
     waitForTheEnd();
     logged();
-    return pool.ttFilled() > 0;
+    return pool.state.ttFilled() > 0;
   };
   ASSERT_TRUE(filled());
   send("setoption name Clear value Hash");
@@ -98,7 +98,7 @@ TEST_F(Options, ClearTakesTheWordHashAlone) {
   EXPECT_THAT(logged(), MatchesRegex("[0-9]{10}:tt cleared\n"));
   TtEntry entry;
   send("position startpos");
-  EXPECT_FALSE(tt.probe(pool.master(), entry));
+  EXPECT_FALSE(tt.probe(pool.state.master(), entry));
 }
 
 TEST_F(Options, TheOpponentIsTakenWordByWord) {

@@ -89,7 +89,7 @@ TEST_F(Commands, TheAnswerOfAPonderSearchWaitsForPonderhit) {
   startSearch("ponder nodes 2000");
   waitForTheEnd();
   EXPECT_THAT(answers(), IsEmpty());
-  EXPECT_EQ(uci.status(), Finished);
+  EXPECT_EQ(uci.status(), Withheld);
   send("ponderhit");
   const auto sent = answers();
   ASSERT_THAT(sent, SizeIs(1));
@@ -132,7 +132,7 @@ TEST_F(Commands, PonderhitMakesTheSearchATimedOne) {
 TEST_F(Commands, PonderhitEndsASearchThatHasNothingMoreToFind) {
   send("position fen 7k/8/5KQ1/8/8/8/8/8 w - - 0 1");  // mate in one
   send("go ponder wtime 10000000 btime 10000000");
-  while (pool.stopReason.load() == StopNone && uci.isSearching()) platform::yieldThread();
+  while (pool.state.stopReason.load() == StopNone && uci.isSearching()) platform::yieldThread();
   send("ponderhit");
   EXPECT_FALSE(uci.isSearching());
   EXPECT_THAT(answers(), SizeIs(1));

@@ -1,22 +1,19 @@
-#include "smp/split_point.h"
+#include "smp/split.h"
 
 #include <algorithm>
-#include <cassert>
 #include <mutex>
 #include <span>
 
 #include "search/line_walk.h"
-#include "search/worker.h"
-#include "smp/thread_pool.h"
-#include "time/time_control.h"
+#include "search/node.h"
+#include "search/search.h"
+#include "smp/work_sharing.h"
 
 namespace quill {
 
 namespace {
 
 using Guard = std::lock_guard<platform::SpinLock>;
-
-constexpr int HandOutBracket = 100;  // lowers idleCount below 0 while one thread hands out work
 
 // Yields while there is something to wait for; after many fruitless yields sleeps a little, so that
 // idle threads leave the processors to others.
@@ -36,77 +33,9 @@ class Backoff {
   int tries_ = 0;
 };
 
-SplitPoint* splitOf(const Worker& worker) {
-  // Acquire pairs with the release of whoever assigned it: path and parent are then readable.
-  return worker.currentSplit.load(std::memory_order_acquire);
-}
-
-void setSplit(Worker& worker, SplitPoint* split) {
-  worker.currentSplit.store(split, std::memory_order_release);
-}
-
-bool isStopped(const Worker& worker) { return worker.stopped.load(std::memory_order_relaxed); }
-bool isUnwinding(const Worker& worker) { return worker.stop.load(std::memory_order_relaxed); }
-
-// Whether the split point is the ancestor or lies below it. The chain of parents stays as it is
-// while some worker is attached to the split point and its spinLock is held.
-bool isAtOrBelow(const SplitPoint* split, const SplitPoint* ancestor) {
-  for (; split != nullptr; split = split->parent) {
-    if (split == ancestor) return true;
-  }
-  return false;
-}
-
-void detach(SplitPoint& split) {
-  // Release: everything done at the split point lies before the owner's sight of the new count.
-  split.workers.fetch_sub(1, std::memory_order_acq_rel);
-}
-
-bool hasHelpers(const SplitPoint& split) {
-  return split.workers.load(std::memory_order_acquire) > 0;
-}
-
 void waitUntilReady(const SplitPoint& split) {
   Backoff backoff;
   while (split.stage.load(std::memory_order_acquire) < SplitReady) backoff.pause();
-}
-
-// Gives the split point to every idle worker that may take it. Does nothing when another thread is
-// handing out work at this moment.
-void handOut(Worker& owner, SplitPoint& split) {
-  ThreadPool& pool = owner.pool;
-  if (pool.idleCount.load() <= 0 || !pool.poolLock.try_lock()) return;
-  const Guard poolGuard(pool.poolLock, std::adopt_lock);
-  if (pool.idleCount.load() <= 0) return;
-  pool.idleCount.fetch_sub(HandOutBracket);
-  int assigned = 0;
-  for (int i = 0; i < pool.threadCount(); ++i) {
-    Worker& worker = *pool.workers[i];
-    if (!worker.available.load(std::memory_order_relaxed)) continue;
-    const Guard guard(worker.spinLock);
-    if (!worker.available.load(std::memory_order_relaxed)) continue;
-    // An owner that waits for its helpers may only take what lies below its own split point:
-    // anything else could keep it from returning when its helpers are done.
-    const SplitPoint* current = splitOf(worker);
-    if (current != nullptr && !isAtOrBelow(&split, current)) continue;
-    split.workers.fetch_add(1, std::memory_order_relaxed);
-    worker.available.store(false, std::memory_order_relaxed);
-    setSplit(worker, &split);
-    ++assigned;
-  }
-  pool.idleCount.fetch_add(HandOutBracket - assigned);
-}
-
-// Stops everyone who works at the split point or below it.
-void killWorkers(ThreadPool& pool, const SplitPoint& split) {
-  const Guard poolGuard(pool.poolLock);
-  for (int i = 0; i < pool.threadCount(); ++i) {
-    Worker& worker = *pool.workers[i];
-    const Guard guard(worker.spinLock);
-    if (!isAtOrBelow(splitOf(worker), &split)) continue;
-    worker.stop.store(true, std::memory_order_relaxed);
-    worker.kills.fetch_add(1, std::memory_order_relaxed);
-  }
 }
 
 // A worker's best at a split point, before it is the split point's.
@@ -133,12 +62,7 @@ void publishAlpha(const Worker& worker, SplitPoint& split, Move move, int score)
   split.alpha.store(score, std::memory_order_relaxed);
   split.bestScore.store(score, std::memory_order_relaxed);
   split.bestMove = move;
-  const auto& rest = worker.pv[split.node.ply + 1];
-  split.pv[0] = move;
-  int length = 0;
-  for (; length < MaxSearchPly - 2 && rest[length] != NoMove; ++length)
-    split.pv[length + 1] = rest[length];
-  split.pv[length + 1] = NoMove;
+  joinLine(split.pv.data(), move, worker.pv[split.node.ply + 1].data());
 }
 
 void publishBest(SplitPoint& split, const LocalBest& best) {
@@ -155,7 +79,7 @@ void searchSplitPoint(Worker& worker, SplitPoint& split) {
   const int entryAlpha = split.alpha.load(std::memory_order_relaxed);
   LocalBest best{split.bestScore.load(std::memory_order_relaxed), NoMove};
   const UndoInfo undo = worker.board;
-  while (!isUnwinding(worker)) {
+  while (!worker.isUnwinding()) {
     const int i = split.nextIndex.fetch_add(1, std::memory_order_relaxed);
     if (i >= split.moveCount.load(std::memory_order_relaxed)) {
       if (best.score <= entryAlpha && best.move != NoMove) publishBest(split, best);
@@ -167,76 +91,20 @@ void searchSplitPoint(Worker& worker, SplitPoint& split) {
     const MoveResult result =
         searchMove(worker, node, undo, move, i >= split.lateIndex, split.threats[i], alpha, true);
     // The result of a search that was killed is worth nothing.
-    if (result.kind == MoveResult::Stopped || isUnwinding(worker)) return;
+    if (result.kind == MoveResult::Stopped || worker.isUnwinding()) return;
     if (result.score <= best.score) continue;
     best = {result.score, move};
     if (result.kind == MoveResult::Pruned) continue;
     if (result.score >= node.beta) {
       publishCutOff(split, move, result.score);
-      killWorkers(worker.pool, split);
+      killWorkers(worker.state, split);
       return;
     }
     publishAlpha(worker, split, move, result.score);
   }
 }
 
-// Whether the worker may help at the other's split point. Requires: the other's spinLock is held.
-bool isWorthJoining(const Worker& other, const SplitPoint* split, const SplitPoint* own) {
-  if (split == nullptr || isStopped(other) || isUnwinding(other)) return false;
-  if (split->stage.load(std::memory_order_acquire) != SplitReady || split->isCutOff()) return false;
-  if (split->nextIndex.load(std::memory_order_relaxed) >=
-      split->moveCount.load(std::memory_order_relaxed)) {
-    return false;
-  }
-  return own == nullptr || isAtOrBelow(split, own);
-}
-
-// The deepest split point that the worker may help at, reserved for it; none when there is none.
-// Requires: the pool's lock is held.
-SplitPoint* reserveDeepest(Worker& worker) {
-  ThreadPool& pool = worker.pool;
-  const SplitPoint* own = splitOf(worker);
-  SplitPoint* chosen = nullptr;
-  for (int i = 0; i < pool.threadCount(); ++i) {
-    Worker& other = *pool.workers[i];
-    if (&other == &worker) continue;
-    const Guard guard(other.spinLock);
-    SplitPoint* split = splitOf(other);
-    if (!isWorthJoining(other, split, own)) continue;
-    if (chosen != nullptr && split->node.depth <= chosen->node.depth) continue;
-    split->workers.fetch_add(1, std::memory_order_relaxed);
-    if (chosen != nullptr) detach(*chosen);
-    chosen = split;
-  }
-  return chosen;
-}
-
-// Finds the worker a split point to help at, or declares it available.
-// Requires: the worker's spinLock is not held by itself.
-void findWork(Worker& worker) {
-  ThreadPool& pool = worker.pool;
-  const Guard poolGuard(pool.poolLock);
-  if (isStopped(worker)) return;
-  SplitPoint* split = reserveDeepest(worker);
-  const Guard guard(worker.spinLock);
-  if (split == nullptr) {
-    worker.available.store(true, std::memory_order_relaxed);
-    pool.idleCount.fetch_add(1);
-  } else if (isUnwinding(worker)) {
-    detach(*split);
-  } else {
-    setSplit(worker, split);
-  }
-}
-
-// Requires: the worker's spinLock is held.
-void withdrawAvailability(Worker& worker) {
-  if (!worker.available.load(std::memory_order_relaxed)) return;
-  worker.available.store(false, std::memory_order_relaxed);
-  worker.pool.idleCount.fetch_sub(1);
-}
-
-// Clears the stop flag and sets it again when there is still a reason. Under the spinLock: a kill
+// Lowers the stop flag and raises it again when there is still a reason. Under the spinLock: a kill
 // sets the cut-off of an ancestor first and the flag, under this lock, later, so that it is either
 // seen here or comes after.
 void checkStop(Worker& worker, const SplitPoint& split) {
@@ -244,11 +112,7 @@ void checkStop(Worker& worker, const SplitPoint& split) {
   worker.stop.exchange(false);  // a full fence: the reasons are read behind it
   // A limit ends the search of all. Were it this worker's alone, the move that it leaves unfinished
   // at a split point above would be missing in the result of those that go on.
-  if (worker.timeControl.isTimeUp() ||
-      worker.timeControl.isNodeLimitReached(worker.stats.searched())) {
-    worker.pool.endSearch();
-  }
-  bool mustStop = worker.stopped.load() || worker.pool.rootStop.load();
+  bool mustStop = worker.state.checkLimits(worker) || worker.stopped.load();
   for (const SplitPoint* above = split.parent; above != nullptr && !mustStop;
        above = above->parent) {
     mustStop = above->isCutOff();
@@ -263,7 +127,7 @@ void searchFrom(Worker& worker, SplitPoint& split, int fromPly) {
   walk.replayMoves(std::span(split.path).subspan(fromPly, split.node.ply - fromPly));
   account(worker, AdminTime);
   // A search that ended meanwhile is not to be gone on with.
-  if (worker.pool.rootStop.load(std::memory_order_relaxed))
+  if (worker.state.rootStop.load(std::memory_order_relaxed))
     worker.stop.store(true, std::memory_order_relaxed);
   searchSplitPoint(worker, split);
   account(worker, WorkTime);
@@ -278,19 +142,19 @@ void joinBelow(Worker& worker, SplitPoint& own) {
     const Guard guard(worker.spinLock);
     setSplit(worker, &own);
   }
-  detach(split);
+  split.detach();
   checkStop(worker, own);
-  if (hasHelpers(own) && !own.isCutOff() && !isUnwinding(worker)) findWork(worker);
+  if (own.hasHelpers() && !own.isCutOff() && !worker.isUnwinding()) findWork(worker);
   account(worker, AdminTime);
 }
 
 // The owner has found no more moves at its split point: it helps below until its helpers are done.
 void helpUntilDone(Worker& worker, SplitPoint& split) {
   account(worker, WorkTime);
-  if (hasHelpers(split) && !split.isCutOff() && !isUnwinding(worker) && !isStopped(worker)) {
+  if (split.hasHelpers() && !split.isCutOff() && !worker.isUnwinding() && !worker.isStopped()) {
     findWork(worker);
     Backoff backoff;
-    while (hasHelpers(split) && !split.isCutOff() && !isStopped(worker)) {
+    while (split.hasHelpers() && !split.isCutOff() && !worker.isStopped()) {
       if (!worker.available.load(std::memory_order_relaxed) && splitOf(worker) != &split) {
         account(worker, MasterWaitTime);
         joinBelow(worker, split);
@@ -304,13 +168,13 @@ void helpUntilDone(Worker& worker, SplitPoint& split) {
   {
     const Guard guard(worker.spinLock);
     withdrawAvailability(worker);
-    if (SplitPoint* assigned = splitOf(worker); assigned != &split) detach(*assigned);
+    if (SplitPoint* assigned = splitOf(worker); assigned != &split) assigned->detach();
     setSplit(worker, split.parent);
   }
   checkStop(worker, split);
   account(worker, AdminTime);
   Backoff backoff;
-  while (hasHelpers(split)) backoff.pause();
+  while (split.hasHelpers()) backoff.pause();
   account(worker, SlaveWaitTime);
 }
 
@@ -332,12 +196,7 @@ void fillSplitPoint(SplitPoint& split, const SplitRequest& request) {
 
 }  // namespace
 
-bool canSplit(const Worker& worker) {
-  return worker.pool.idleCount.load(std::memory_order_relaxed) > 0 &&
-         worker.splitsInUse < MaxSplitPoints;
-}
-
-SplitResult trySplit(Worker& worker, const SplitRequest& request) {
+std::optional<SplitResult> trySplit(Worker& worker, const SplitRequest& request) {
   account(worker, WorkTime);
   SplitPoint& split = worker.splitPoints[worker.splitsInUse];
   split.workers.store(0, std::memory_order_relaxed);
@@ -349,17 +208,17 @@ SplitResult trySplit(Worker& worker, const SplitRequest& request) {
   split.parent = splitOf(worker);
   {
     const Guard guard(worker.spinLock);
-    if (isUnwinding(worker)) return {};
+    if (worker.isUnwinding()) return std::nullopt;
     setSplit(worker, &split);
   }
   ++worker.splitsInUse;
   handOut(worker, split);
-  if (!hasHelpers(split)) {
+  if (!split.hasHelpers()) {
     // Nobody came, and nobody can reserve a split point before it is ready.
     const Guard guard(worker.spinLock);
     setSplit(worker, split.parent);
     --worker.splitsInUse;
-    return {};
+    return std::nullopt;
   }
   ++worker.splits;
   fillSplitPoint(split, request);
@@ -367,7 +226,8 @@ SplitResult trySplit(Worker& worker, const SplitRequest& request) {
   searchSplitPoint(worker, split);
   helpUntilDone(worker, split);
   --worker.splitsInUse;
-  return {true, split.bestScore.load(std::memory_order_relaxed), split.bestMove, split.pv.data()};
+  return SplitResult{split.bestScore.load(std::memory_order_relaxed), split.bestMove,
+                     split.pv.data()};
 }
 
 void runSlaveLoop(Worker& worker) {
@@ -376,15 +236,15 @@ void runSlaveLoop(Worker& worker) {
   for (;;) {
     account(worker, AdminTime);
     Backoff backoff;
-    while (!isStopped(worker) && splitOf(worker) == nullptr) backoff.pause();
+    while (!worker.isStopped() && splitOf(worker) == nullptr) backoff.pause();
     account(worker, WorkWaitTime);
     SplitPoint* split = nullptr;
     {
       const Guard guard(worker.spinLock);
       split = splitOf(worker);
-      if (isStopped(worker)) {
+      if (worker.isStopped()) {
         withdrawAvailability(worker);
-        if (split != nullptr) detach(*split);
+        if (split != nullptr) split->detach();
         setSplit(worker, nullptr);
         return;
       }
@@ -397,7 +257,7 @@ void runSlaveLoop(Worker& worker) {
       setSplit(worker, nullptr);
       worker.stop.exchange(false);  // a kill of the split point it has left means it no more
     }
-    detach(*split);
+    split->detach();
     findWork(worker);
   }
 }

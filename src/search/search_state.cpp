@@ -1,0 +1,57 @@
+#include "search/search_state.h"
+
+#include <algorithm>
+
+#include "time/time_control.h"
+
+namespace quill {
+
+SearchState::SearchState(Tt& ttRef, TimeControl& timeControlRef)
+    : tt(ttRef), timeControl(timeControlRef) {
+  rootMoves.clear();
+}
+
+void SearchState::reset(SearchListener* newListener, bool isQuiet) {
+  listener = newListener;
+  quiet = isQuiet;
+  activeMultiPv = std::max(1, multiPv);
+  activeMultiPvMargin = multiPvMargin;
+  rootMoves.clear();
+  iterationDepth = 0;
+  rootStop.store(false, std::memory_order_relaxed);
+  stopReason.store(StopNone, std::memory_order_relaxed);
+  idleCount.store(0, std::memory_order_relaxed);
+  // All at once: the sums over the workers are right from the start.
+  for (const auto& worker : workers) worker->reset();
+}
+
+bool SearchState::checkLimits(const Worker& worker) {
+  if (timeControl.isNodeLimitReached(worker.stats.searched()) || timeControl.isTimeUp()) {
+    endSearch();
+  }
+  return rootStop.load();
+}
+
+void SearchState::endSearch() {
+  rootStop.store(true);
+  for (const auto& worker : workers) worker->stop.store(true);  // in this order: see stopWorker
+}
+
+std::uint64_t SearchState::searchedNodes() const {
+  std::uint64_t sum = 0;
+  for (const auto& worker : workers) sum += worker->stats.searched();
+  return sum;
+}
+
+std::uint64_t SearchState::ttFilled() const {
+  std::uint64_t sum = 0;
+  for (const auto& worker : workers) {
+    const SearchStats& stats = worker->stats;
+    // Read in this order, since the counters of a running search go on: new ones are counted first.
+    const std::uint64_t overwrites = stats.ttOverwrites;
+    sum += stats.ttNew - overwrites;
+  }
+  return sum;
+}
+
+}  // namespace quill

@@ -1,0 +1,91 @@
+// The record of the search that runs: what its threads share, what was asked of it, how far it has
+// come and whether it has to end. The pool holds the one there is; each search begins with reset.
+//
+// Threads: reset and the options belong to the input thread while all threads are idle. A search
+// owns the rest: rootMoves and iterationDepth are the master's, and may be read by others once the
+// pool is idle (waitIdle orders their reads behind the master's writes). The atomics say how they
+// are shared.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+#include "platform/lock.h"
+#include "search/listener.h"
+#include "search/root_moves.h"
+#include "search/worker.h"
+
+namespace quill {
+
+class TimeControl;
+
+// Why the iteration loop has decided to end, in the order of the tests.
+enum StopReason : int {
+  StopNone = 0,
+  StopMate = 1,        // a mate within the horizon
+  StopSingleMove = 2,  // nothing to choose
+  StopTime = 4,
+  StopNodes = 5,
+  StopDepth = 6,
+};
+
+// How far below the best line further lines are followed, in centipawns, unless an option says.
+inline constexpr int DefaultMultiPvMargin = 100;
+
+struct SearchState {
+  SearchState(Tt& ttRef, TimeControl& timeControlRef);
+
+  // Forgets the last search, in every worker too, and takes the options over for the next one,
+  // which reports to the listener (none: to nobody) and, unless it is quiet, prints console lines.
+  void reset(SearchListener* newListener, bool isQuiet);
+
+  // Worker 0, which runs the root search.
+  Worker& master() { return *workers[0]; }
+  const Worker& master() const { return *workers[0]; }
+
+  // The one place that tests time and nodes: ends the search of all threads when one of them is
+  // spent, the nodes being those of the worker. True when the search has to end, for this reason or
+  // another. Any thread.
+  bool checkLimits(const Worker& worker);
+  // Every thread unwinds. Any thread.
+  void endSearch();
+
+  // Sums over the workers; those of a running search may be a little old.
+  std::uint64_t searchedNodes() const;
+  // Table entries newly filled in this search.
+  std::uint64_t ttFilled() const;
+
+  Tt& tt;
+  TimeControl& timeControl;
+  // The workers that have a thread, the master first. The master alone when there is no thread yet.
+  std::span<const std::unique_ptr<Worker>> workers;
+
+  // Options, and what the running search took over of them.
+  int multiPv = 1;          // lines wanted; 0 counts as 1
+  int multiPvMargin = DefaultMultiPvMargin;  // centipawns, 0 = none
+  int activeMultiPv = 1;
+  int activeMultiPvMargin = DefaultMultiPvMargin;
+  SearchListener* listener = nullptr;  // none for a console search
+  bool quiet = false;                  // no console lines
+
+  // How far the search has come.
+  RootMoveList rootMoves;
+  int iterationDepth = 0;  // 0 before the first iteration
+
+  // Ends the iteration loop; set before the workers' stop flags. Sequentially consistent where it
+  // is set and where a worker has just lowered its stop flag, so that one of the two is always
+  // seen.
+  std::atomic<bool> rootStop{false};
+  // StopReason. Sequentially consistent, against TimeControl::infinite: see Uci::ponderhit.
+  std::atomic<int> stopReason{StopNone};
+
+  // Threads that wait for a split point; below 0 while one thread hands them out. Sequentially
+  // consistent where it is changed, relaxed where the move loop looks whether a split is worth
+  // trying.
+  std::atomic<int> idleCount{0};
+  platform::SpinLock poolLock;  // who is idle, and who may be killed; taken before a worker's lock
+};
+
+}  // namespace quill

@@ -1,0 +1,114 @@
+#include "smp/work_sharing.h"
+
+#include <mutex>
+
+#include "search/search_state.h"
+
+namespace quill {
+
+namespace {
+
+using Guard = std::lock_guard<platform::SpinLock>;
+
+constexpr int HandOutBracket = 100;  // lowers idleCount below 0 while one thread hands out work
+
+// Whether the split point is the ancestor or lies below it. The chain of parents stays as it is
+// while some worker is attached to the split point and its spinLock is held.
+bool isAtOrBelow(const SplitPoint* split, const SplitPoint* ancestor) {
+  for (; split != nullptr; split = split->parent) {
+    if (split == ancestor) return true;
+  }
+  return false;
+}
+
+// Whether the worker may help at the other's split point. Requires: the other's spinLock is held.
+bool isWorthJoining(const Worker& other, const SplitPoint* split, const SplitPoint* own) {
+  if (split == nullptr || other.isStopped() || other.isUnwinding()) return false;
+  if (split->stage.load(std::memory_order_acquire) != SplitReady || split->isCutOff()) return false;
+  if (split->nextIndex.load(std::memory_order_relaxed) >=
+      split->moveCount.load(std::memory_order_relaxed)) {
+    return false;
+  }
+  return own == nullptr || isAtOrBelow(split, own);
+}
+
+// The deepest split point that the worker may help at, reserved for it; none when there is none.
+// Requires: poolLock is held.
+SplitPoint* reserveDeepest(Worker& worker) {
+  SearchState& state = worker.state;
+  const SplitPoint* own = splitOf(worker);
+  SplitPoint* chosen = nullptr;
+  for (const auto& entry : state.workers) {
+    Worker& other = *entry;
+    if (&other == &worker) continue;
+    const Guard guard(other.spinLock);
+    SplitPoint* split = splitOf(other);
+    if (!isWorthJoining(other, split, own)) continue;
+    if (chosen != nullptr && split->node.depth <= chosen->node.depth) continue;
+    split->workers.fetch_add(1, std::memory_order_relaxed);
+    if (chosen != nullptr) chosen->detach();
+    chosen = split;
+  }
+  return chosen;
+}
+
+}  // namespace
+
+void handOut(Worker& owner, SplitPoint& split) {
+  SearchState& state = owner.state;
+  if (state.idleCount.load() <= 0 || !state.poolLock.try_lock()) return;
+  const Guard poolGuard(state.poolLock, std::adopt_lock);
+  if (state.idleCount.load() <= 0) return;
+  state.idleCount.fetch_sub(HandOutBracket);
+  int assigned = 0;
+  for (const auto& entry : state.workers) {
+    Worker& worker = *entry;
+    if (!worker.available.load(std::memory_order_relaxed)) continue;
+    const Guard guard(worker.spinLock);
+    if (!worker.available.load(std::memory_order_relaxed)) continue;
+    // An owner that waits for its helpers may only take what lies below its own split point:
+    // anything else could keep it from returning when its helpers are done.
+    const SplitPoint* current = splitOf(worker);
+    if (current != nullptr && !isAtOrBelow(&split, current)) continue;
+    split.workers.fetch_add(1, std::memory_order_relaxed);
+    worker.available.store(false, std::memory_order_relaxed);
+    setSplit(worker, &split);
+    ++assigned;
+  }
+  state.idleCount.fetch_add(HandOutBracket - assigned);
+}
+
+void findWork(Worker& worker) {
+  SearchState& state = worker.state;
+  const Guard poolGuard(state.poolLock);
+  if (worker.isStopped()) return;
+  SplitPoint* split = reserveDeepest(worker);
+  const Guard guard(worker.spinLock);
+  if (split == nullptr) {
+    worker.available.store(true, std::memory_order_relaxed);
+    state.idleCount.fetch_add(1);
+  } else if (worker.isUnwinding()) {
+    split->detach();
+  } else {
+    setSplit(worker, split);
+  }
+}
+
+void withdrawAvailability(Worker& worker) {
+  if (!worker.available.load(std::memory_order_relaxed)) return;
+  worker.available.store(false, std::memory_order_relaxed);
+  worker.state.idleCount.fetch_sub(1);
+}
+
+void killWorkers(SearchState& state, const SplitPoint& split) {
+  const Guard poolGuard(state.poolLock);
+  for (const auto& entry : state.workers) {
+    Worker& worker = *entry;
+    const Guard guard(worker.spinLock);
+    if (!isAtOrBelow(splitOf(worker), &split)) continue;
+    worker.stop.store(true, std::memory_order_relaxed);
+    worker.kills.fetch_add(1, std::memory_order_relaxed);
+  }
+}
+
+}  // namespace quill
