@@ -50,8 +50,8 @@ Bitboard slowAttacks(Square square, Bitboard occupancy, std::span<const Step> st
   return attacks;
 }
 
-// The squares whose occupancy matters: a piece on the last square of a line blocks nothing behind
-// it.
+// The squares whose occupancy matters. The last square of a line does not: there is nothing behind
+// it to be blocked.
 Bitboard relevantOccupancy(Square square, std::span<const Step> steps) {
   Bitboard mask = 0;
   for (const Step step : steps) {
@@ -70,7 +70,7 @@ void initMagics(Magic (&magics)[64], std::span<Bitboard> store, std::span<const 
   for (Square square = 0; square < 64; ++square) {
     const Bitboard mask = relevantOccupancy(square, steps);
     magics[square] = {mask, factors[square], block, 64u - indexBits[square]};
-    // Runs through all subsets of the mask, the empty one first.
+    // All subsets of the mask, the empty one first.
     Bitboard subset = 0;
     do {
       block[(subset * factors[square]) >> magics[square].shift] =
@@ -145,9 +145,9 @@ void initSpans() {
   }
 }
 
-// The cones start at the square in front of the pawn's last rank but one and grow by a king step (a
-// knight jump) for each pawn step; a pawn on its second rank steps two squares at once, so that its
-// cone does not grow.
+// Built backwards from the promotion square: a pawn's cone is the one of the square before it,
+// together with that square, widened by a king step (a knight jump). A pawn on its second rank
+// steps two squares at once, so its cone is not widened.
 void initPawnCones() {
   for (const Colour colour : {White, Black}) {
     const int push = colour == White ? 8 : -8;

@@ -1,9 +1,9 @@
 // Attack sets and the geometry of the board, precomputed once by initTables and read-only
 // afterwards, so that every thread reads them without locking.
 //
-// Slider attacks come from magic multiplication: the occupancy of the squares that matter is
-// multiplied so that its bits gather at the top, and the top bits index the set. Lines contain the
-// squares that they are named by; attack sets never contain the square of the attacker.
+// Slider attacks come from magic multiplication: a multiplication gathers the occupancy of the
+// squares that matter in the top bits, which index the table of attack sets. Lines contain the
+// squares that they are looked up by; attack sets never contain the attacker's square.
 #pragma once
 
 #include "board/codes.h"
@@ -12,7 +12,7 @@ namespace quill {
 
 // One square's part of a magic table.
 struct Magic {
-  Bitboard mask;  // relevant occupancy: the piece's lines without the square and the board edge
+  Bitboard mask;          // where a piece can block: the lines without the square and their ends
   std::uint64_t factor;   // the magic multiplier
   const Bitboard* table;  // the square's block of attack sets
   unsigned shift;         // 64 minus the index width
@@ -79,8 +79,8 @@ inline constexpr const auto& queenLines = detail::attackStore.queenLines;
 
 // [a][b]: the squares strictly between two squares on a common line; empty when there are none.
 inline constexpr const auto& between = detail::attackStore.between;
-// [a][b]: the whole line through two aligned squares, edge to edge; empty when they are not
-// aligned; line[s][s] is the file of s.
+// [a][b]: the whole line through two squares, edge to edge; empty when they are not on a common
+// line; line[s][s] is the file of s.
 inline constexpr const auto& line = detail::attackStore.line;
 
 inline constexpr const auto& adjacentFiles = detail::attackStore.adjacentFiles;
@@ -90,14 +90,14 @@ inline constexpr const auto& frontSpan = detail::attackStore.frontSpan;
 // [colour][square]: the squares ahead on the file and both adjacent files, without the last rank.
 inline constexpr const auto& passedSpan = detail::attackStore.passedSpan;
 
-// [colour][square]: from where a king (a knight) still catches a pawn of the colour that stands on
-// the square. Built rank by rank from the promotion square back; empty on ranks 1 and 8. For the
-// pawn races of the evaluation.
+// [colour][square]: the squares from which a king (a knight) of the other colour still catches a
+// pawn of the colour that stands on the square. Empty on ranks 1 and 8. For the pawn races of the
+// evaluation.
 inline constexpr const auto& pawnCone = detail::attackStore.pawnCone;
 inline constexpr const auto& pawnKnightCone = detail::attackStore.pawnKnightCone;
 
-// What a slider attacks, up to and including the first occupied square of either colour on each
-// line.
+// What a slider attacks: each of its lines up to the first occupied square, which is included
+// whatever its colour.
 inline Bitboard rookAttacks(Square square, Bitboard occupancy) {
   const Magic& m = rookMagic[square];
   return m.table[((occupancy & m.mask) * m.factor) >> m.shift];
@@ -110,10 +110,9 @@ inline Bitboard queenAttacks(Square square, Bitboard occupancy) {
   return rookAttacks(square, occupancy) | bishopAttacks(square, occupancy);
 }
 
-// King steps, knight jumps from every square of a set.
+// The squares that knights on the set reach in one jump.
 Bitboard knightSpread(Bitboard set);
-// The set widened by one file to each side, then by one rank up and down: itself and all king
-// steps.
+// The set and the squares that kings on it reach in one step.
 constexpr Bitboard grow(Bitboard set) {
   Bitboard wide = set | ((set >> 1) & NotFileH);
   wide |= (wide << 1) & NotFileA;

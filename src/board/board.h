@@ -1,9 +1,9 @@
-// The position record that the console and every search thread own a copy of.
+// The position record. Every search thread owns one; the first thread's holds the game's position.
 //
 // A Board keeps the position twice, as bitboards by colour and type and as a byte for each square,
-// with its Zobrist keys, a material signature for each side, the attack information that move
-// generation and the search read, and two stacks (moves and keys) by which repetitions are found
-// and lines are replayed. Everything is plain data. A Board belongs to one thread at a time.
+// together with its Zobrist keys, a material signature for each side, the attack information that
+// move generation and the search read, and two stacks (moves and keys) for finding repetitions and
+// replaying lines. Everything is plain data. A Board belongs to one thread at a time.
 #pragma once
 
 #include <array>
@@ -21,10 +21,15 @@ struct Side {
   std::array<Bitboard, 7> bb;  // by piece type; bb[0] is the union of all pieces of the side
   Square kingSquare;           // the single square of bb[King]
   // Material signature, the sum of MaterialIncrement over the side's pieces:
-  //   bits 0-7    points without pawns (knight and bishop 3, rook 5, queen 10)
-  //   bits 8-11   pawns        bits 12-15  knights      bits 16-19  bishops
-  //   bits 20-23  rooks        bits 24-27  queens       bits 28-31  pieces other than pawns and
-  //   king
+  //
+  //   bits   field    meaning
+  //   0-7    points   knight and bishop 3, rook 5, queen 10; pawns do not count
+  //   8-11   pawns    how many
+  //   12-15  knights  how many
+  //   16-19  bishops  how many
+  //   20-23  rooks    how many
+  //   24-27  queens   how many
+  //   28-31  pieces   how many of the last four together
   std::uint32_t material;
 };
 
@@ -59,33 +64,35 @@ struct Placement {
   std::uint64_t key;
 };
 
-// The state that unmakeMove cannot recompute. A caller copies it out of the Board (`UndoInfo undo =
-// board;`) before makeMove and hands the copy to unmakeMove.
+// The state that unmakeMove cannot recompute. A caller copies it out of the Board before makeMove
+// (`UndoInfo undo = board;`) and hands the copy to unmakeMove.
 struct UndoInfo {
   std::uint64_t pawnKey;  // XOR of the keys of all pawns of both colours
-  // Every square that the side not to move attacks, with the king of the side to move taken off the
-  // board, so that a king can't step back along a slider's line. Valid after updateAttackInfo.
+  // Every square that the side not to move attacks, computed without the king of the side to move,
+  // so that it can't step back along a slider's line. Valid after updateAttackInfo.
   Bitboard enemyAttacks;
   // blockers[c]: the pieces of either colour that stand alone between c's king and an enemy slider
-  // on a common line: c's pinned pieces and the enemy's discovered-check candidates. Valid like
-  // enemyAttacks.
+  // on a common line: c's pinned pieces and the enemy's candidates for a discovered check. Valid
+  // after updateAttackInfo.
   std::array<Bitboard, 2> blockers;
   // The ply of the last capture, pawn move or null move; ply - lastIrreversible is the fifty-move
-  // count. Below 0 only after rebaseStacks cut off a quiet stretch longer than what it keeps.
+  // count. Negative only after rebaseStacks has cut a quiet stretch that is longer than it keeps.
   std::int32_t lastIrreversible;
   std::uint8_t castling;  // WhiteShort 1, BlackShort 2, WhiteLong 4, BlackLong 8
-  // Square of the pawn itself that has just made a double step, not the square that it passed; 0
-  // for none. makeMove sets it only when an enemy pawn stands beside it; setFen takes what the text
-  // claims.
+  // The pawn that has just made a double step: the square where it stands, not the one it passed
+  // over; 0 for none. makeMove sets it only when an enemy pawn stands beside that pawn; setFen
+  // believes the text.
   std::uint8_t epSquare;
 };
 
 struct Board : Placement, UndoInfo {
-  Colour stm;                         // side to move
-  int ply;                            // index of the top of both stacks
-  int plyOffset;                      // plies that rebaseStacks dropped, always even
-  std::array<Move, StackSize> moves;  // moves[p] led to ply p; moves[0] is 0, a null move is 0
-  std::array<std::uint64_t, StackSize> keys;  // key at ply p, written when the move from p is made
+  Colour stm;     // side to move
+  int ply;        // index of the top of both stacks
+  int plyOffset;  // plies that rebaseStacks dropped, always even
+  // moves[p] led to ply p; 0 for a null move and for the start of the game.
+  std::array<Move, StackSize> moves;
+  // keys[p] is the key at ply p, written when a move is made from there.
+  std::array<std::uint64_t, StackSize> keys;
 
   Board() { clear(); }
   Board(const Board& other) { copyFrom(other); }
@@ -114,23 +121,22 @@ struct Board : Placement, UndoInfo {
   bool isInCheck() const { return contains(enemyAttacks, own().kingSquare); }
 };
 
-// Makes room on the stacks when a long game has nearly filled them: keeps the entries since
-// lastIrreversible (at most 512; far more than the hundred that the draw rules look at), at least
-// the two dozen that the display shows, and the parity of ply. gamePly() does not change. To be
-// called before each move that is played on a game's Board; does nothing while there is room enough
-// for a search.
+// Makes room on the stacks when a long game has nearly filled them. The entries since
+// lastIrreversible stay, but at least the two dozen that the display shows and at most 512, far
+// more than the hundred that the draw rules need. The parity of ply and gamePly() do not change.
+// To be called before each move of the game; does nothing while a search still has room.
 void rebaseStacks(Board& board);
 
-// Stack entries that stay free for a search behind a game's moves.
+// Stack entries above the game's moves that stay free for a search.
 inline constexpr int SearchHeadroom = 256;
 
-// Checks all invariants of a Board against values computed from its squares alone, those of
-// enemyAttacks and blockers left out. For asserts and tests.
+// Checks a Board against values computed from its squares alone; enemyAttacks and blockers are not
+// checked. For asserts and tests.
 bool isConsistent(const Board& board);
 
 struct CastleInfo {
   Bitboard emptyMask;  // squares that must be empty
-  Bitboard safeMask;   // king's origin, crossed square and destination: must not be attacked
+  Bitboard safeMask;   // the king's origin, crossed square and destination: must not be attacked
   Square kingFrom;
   Square kingTo;
   Square rookFrom;
@@ -148,7 +154,7 @@ inline constexpr CastleInfo CastleTable[2][2] = {
 // The wing of a castling move or of its destination square.
 constexpr Wing wingOf(Move move) { return fileOf(toOf(move)) < 4 ? LongWing : ShortWing; }
 
-// The start position as the engine stores it: empty ranks as empty fields.
+// The start position, its empty ranks written as empty fields.
 inline constexpr char StartPosition[] = "rnbqkbnr/pppppppp/////PPPPPPPP/RNBQKBNR w KQkq - -";
 
 }  // namespace quill

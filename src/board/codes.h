@@ -1,7 +1,7 @@
-// The numbers that name squares, colours and pieces, and the helpers on them.
+// The numbers that stand for squares, colours and pieces, and helpers for them.
 //
-// Every later layer speaks in these codes. Square = rank * 8 + file, both counted from 0, so a1 =
-// 0, h1 = 7, a8 = 56, h8 = 63; a Bitboard is a set of squares, bit n standing for square n.
+// Every other layer uses these codes. Square = rank * 8 + file, both counted from 0, so that
+// a1 = 0, h1 = 7, a8 = 56 and h8 = 63. A Bitboard is a set of squares, bit n for square n.
 #pragma once
 
 #include <bit>
@@ -39,7 +39,7 @@ enum : Square {
 // Castling rights, the bits of Board::castling.
 enum : std::uint8_t { WhiteShort = 1, BlackShort = 2, WhiteLong = 4, BlackLong = 8 };
 
-// Letters by piece type; index 0 is a blank.
+// Letters by piece type, a blank where there is none.
 inline constexpr char PieceLetters[] = " PNBRQK";
 inline constexpr char BlackPieceLetters[] = " pnbrqk";
 inline constexpr char PromotionLetters[] = "  NBRQK";
@@ -63,7 +63,7 @@ constexpr Square makeSquare(int file, int rank) { return rank * 8 + file; }
 constexpr int relativeRank(Colour colour, Square square) {
   return colour == White ? rankOf(square) : 7 - rankOf(square);
 }
-// The square as the colour's opponent would name it: top and bottom exchanged for Black.
+// The square as the colour sees it: the board is turned upside down for Black.
 constexpr Square relativeSquare(Colour colour, Square square) {
   return colour == White ? square : square ^ 56;
 }

@@ -11,7 +11,7 @@ namespace quill {
 namespace {
 
 constexpr int HistorySize = 24;   // half-moves shown
-constexpr int HistoryLines = 12;  // lines that show two of them each, below the top frame
+constexpr int HistoryLines = 12;  // lines with two half-moves each, below the top frame
 constexpr int RankOneLine = 15;   // the top frame is line 0
 
 struct HistoryEntry {
@@ -29,7 +29,7 @@ struct History {
 
 using Squares = std::array<PieceCode, 64>;
 
-// Puts the pieces back to where they stood before the move.
+// Puts the pieces back where they stood before the move.
 void takeBack(Squares& squares, Move move, Colour mover) {
   if (move == NoMove) return;
   const Square from = fromOf(move);
@@ -52,9 +52,9 @@ void setPieces(Board& board, const Squares& squares) {
   }
 }
 
-// A Board does not keep the rights and the en-passant square of earlier positions, so that no move
-// of its history but the last could be unmade exactly. The pieces and the side to move are enough:
-// neither castling nor en passant ever makes a longer text necessary.
+// A Board does not keep the castling rights and en-passant squares of earlier positions, so the
+// moves cannot be unmade exactly. The pieces and the side to move are enough for the texts: neither
+// castling nor en passant ever makes a longer one necessary.
 History collectHistory(const Board& board) {
   History history;
   if (board.stm == Black) std::snprintf(history.append(), MoveTextSize, "...");
@@ -89,7 +89,7 @@ void printRank(const Board& board, int rank, std::FILE* stream) {
   std::fputc('|', stream);
 }
 
-// The colour's letter for each man that it has more of than the other side.
+// One of the letters for each man that the colour has more of than the other side.
 void printSurplus(const Board& board, Colour colour, const char* letters, std::FILE* stream) {
   for (int type = Queen; type >= Pawn; --type) {
     const int surplus = count(board.side[colour].bb[type]) - count(board.side[colour ^ 1].bb[type]);

@@ -1,4 +1,4 @@
-// The position drawn for a human, with the latest moves beside it.
+// The position drawn for a person, with the latest moves beside it.
 #pragma once
 
 #include <cstdio>
@@ -8,7 +8,7 @@
 namespace quill {
 
 // Writes the diagram, up to 24 half-moves of history, a material summary, the FEN text and both
-// keys. A missing stream means standard output.
+// keys. A null stream stands for standard output.
 void printBoard(const Board& board, std::FILE* stream = nullptr);
 
 }  // namespace quill

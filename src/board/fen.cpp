@@ -12,7 +12,7 @@ namespace quill {
 
 namespace {
 
-// Castling letters in the order of FEN, with what must stand where for the right to be granted.
+// The castling letters in the order of FEN, with the right that each one claims.
 struct CastlingField {
   char letter;
   std::uint8_t right;
@@ -27,13 +27,13 @@ constexpr CastlingField CastlingFields[] = {
     {'q', BlackLong, Black, LongWing},
 };
 
-// Men of each type at the start of a game; more of a kind come from promotions alone.
+// Men of each type at the start of a game; more can only come from promotions.
 constexpr int StartCount[] = {0, 8, 2, 2, 2, 1, 1};
 
-// Reads the fields of a FEN text one after the other into a Board.
+// Reads the fields of a FEN text into a Board, one after the other.
 class FenReader {
  public:
-  // Messages go nowhere when the stream is none.
+  // Without a stream, messages go nowhere.
   FenReader(Board& board, const char* text, std::FILE* messages)
       : board_(board), at_(text), messages_(messages) {}
 
@@ -41,7 +41,7 @@ class FenReader {
     board_.clear();
     if (!readPlacement() || !checkKings() || !checkMaterial()) return false;
     if (!readSideToMove() || !readCastling() || !readEnPassant()) return false;
-    // The move counters may follow. The stacks start anew here, so that they are not wanted.
+    // Move counters may follow. The stacks start anew, so nothing needs them.
     updateAttackInfo(board_);
     return true;
   }
@@ -83,7 +83,8 @@ class FenReader {
     return true;
   }
 
-  // False when the letter is no piece's, the rank is full, or a pawn would stand where none can.
+  // False when no piece has this letter, the rank is full, or a pawn would stand on the first or
+  // last rank.
   bool addPiece(char letter, int file, int rank) {
     const char* const white = std::strchr(PieceLetters + 1, letter);
     const char* const black = std::strchr(BlackPieceLetters + 1, letter);
@@ -105,8 +106,8 @@ class FenReader {
     return true;
   }
 
-  // Each man beyond the first set is a promoted pawn. This bounds the side at sixteen men, which
-  // the four-bit counts of the material signature and the capacity of the move lists rely on.
+  // Each man beyond those of the start must be a promoted pawn. That limits a side to sixteen men,
+  // which the four-bit counts of the material signature and the size of move lists rely on.
   bool checkMaterial() const {
     for (const Colour colour : {White, Black}) {
       const auto& bb = board_.side[colour].bb;
@@ -163,8 +164,8 @@ class FenReader {
     }
   }
 
-  // The field names the square that the pawn passed or the one where it stands. It is believed: the
-  // generators look for themselves whether there is such a pawn.
+  // The field names the square that the pawn passed over or the one where it stands. It is believed
+  // here; the generators check for themselves that there is such a pawn.
   bool readEnPassant() {
     skipBlanks();
     if (at_[0] == '\0' || at_[1] == '\0' || at_[0] == '-') return true;
@@ -216,7 +217,7 @@ bool setFen(Board& board, const char* text, std::FILE* messages) {
 }
 
 EngineString getFen(const Board& board) {
-  char text[128];  // 71 characters of pieces at most, 11 of flags, two numbers
+  char text[128];  // at most 71 characters of pieces, 10 of flags and two numbers
   char* out = writePlacement(board, text);
   *out++ = ' ';
   *out++ = board.stm == White ? 'w' : 'b';

@@ -1,17 +1,17 @@
 // The magic multipliers and index widths of the slider attack tables. Constant data.
 //
-// Found offline by random search with sparse candidates (std::mt19937_64, seed 20260101, three
-// outputs ANDed), ten published ones apart: rook a1 d4 h1 a8 b8 c8 h8 and bishop a1 d4 h8. A
-// multiplier serves when no two occupancies with different attack sets share an index; the tests
-// prove it for every subset of every square.
+// Found by random search with sparse candidates (std::mt19937_64, seed 20260101, three outputs
+// ANDed), except ten published ones: rook a1 d4 h1 a8 b8 c8 h8 and bishop a1 d4 h8. A multiplier is
+// good when no two occupancies with different attack sets share an index; the tests prove that for
+// every occupancy of every square.
 #pragma once
 
 #include <cstdint>
 
 namespace quill {
 
-// By square. The width is the number of relevant squares, but for a8, b8, c8 and h8, whose
-// multipliers fold the occupancies into one bit fewer.
+// By square. The width is the number of squares in the mask, or one less for a8, b8, c8 and h8,
+// whose multipliers map the occupancies to one bit fewer.
 inline constexpr std::uint8_t RookIndexBits[64] = {
     12, 11, 11, 11, 11, 11, 11, 12,  //
     11, 10, 10, 10, 10, 10, 10, 11,  //

@@ -22,7 +22,7 @@ constexpr std::array<std::uint8_t, 64> CastleMask = [] {
   return mask;
 }();
 
-// A board whose every field is consistent costs a full recomputation to prove: debug builds only.
+// Recomputes the whole board to compare with, in debug builds only.
 void checkBoard([[maybe_unused]] const Board& board) { assert(isConsistent(board)); }
 
 std::uint8_t castleMaskOf(Square square) { return CastleMask[static_cast<unsigned>(square)]; }
@@ -31,8 +31,8 @@ PieceCode& codeOn(Board& board, Square square) {
   return board.squares[static_cast<unsigned>(square)];
 }
 
-// Takes the captured piece off the board's sets, keys and signature; its square is about to be
-// reused.
+// Takes the captured piece out of the sets, the keys and the signature. Its code stays on the
+// square for the caller to overwrite.
 void removeCaptured(Board& board, Side& them, PieceCode captured, Square square) {
   const int type = typeOf(captured);
   them.bb[0] ^= bit(square);
@@ -51,7 +51,7 @@ void putBackCaptured(Board& board, Side& them, PieceCode captured, Square square
   them.material += MaterialIncrement[static_cast<unsigned>(type)];
 }
 
-// Moves a piece of `us` in the sets and the mailbox; the destination is empty or about to be.
+// Moves a piece of `us` in the sets and on the squares, overwriting the code on `to`.
 void slide(Board& board, Side& us, Square from, Square to) {
   const PieceCode code = codeOn(board, from);
   codeOn(board, to) = code;
@@ -119,7 +119,7 @@ void makeSpecial(Board& board, Side& us, Side& them, Move move) {
   }
 }
 
-// Whether a pawn of the other colour could take the double-stepping pawn in passing.
+// Whether the move is a double step past an enemy pawn that may now capture en passant.
 bool opensEnPassant(const Board& board, const Side& them, Move move) {
   return (move & DoubleStepFlag) != 0 &&
          (pawnAttacks[board.stm][(fromOf(move) + toOf(move)) / 2] & them.bb[Pawn]) != 0;
@@ -149,7 +149,7 @@ void makeNormal(Board& board, Side& us, Side& them, Move move) {
   }
 }
 
-// What a promotion, a castling or a capture in passing changes in the key beside the rights.
+// The change of the key by a promotion, castling or en passant, castling rights apart.
 std::uint64_t specialKey(const Board& board, Move move) {
   const Square from = fromOf(move);
   const Square to = toOf(move);
@@ -188,7 +188,7 @@ void unmakeSpecial(Board& board, Side& us, Side& them, Move move) {
   }
 }
 
-// For the king's color: every piece that stands alone between it and an enemy slider.
+// Every piece that stands alone between the colour's king and an enemy slider.
 Bitboard findBlockers(const Board& board, Colour colour) {
   const Square king = board.side[static_cast<unsigned>(colour)].kingSquare;
   const Side& them = board.side[static_cast<unsigned>(colour ^ 1)];
@@ -236,7 +236,7 @@ std::uint64_t keyAfter(const Board& board, Move move) {
   if (move == NoMove) return key;
   const Square from = fromOf(move);
   const Square to = toOf(move);
-  // No right is left to a square that a move without capture goes to.
+  // The mask of `to` changes nothing without a capture: no right depends on an empty square.
   const unsigned kept = board.castling & castleMaskOf(from) & castleMaskOf(to);
   key ^= castleKey[board.castling] ^ castleKey[kept];
   if ((move & SpecialMask) != 0) [[unlikely]]

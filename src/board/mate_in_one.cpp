@@ -8,12 +8,11 @@ namespace quill {
 namespace {
 
 constexpr Bitboard BoardEdge = rankMask(0) | rankMask(7) | FileA | FileH;
-constexpr Bitboard LikeA1 = 0xAA55AA55AA55AA55;  // the squares of the colour of a1
+constexpr Bitboard LikeA1 = 0xAA55AA55AA55AA55;  // the squares of a1's colour
 
 constexpr Bitboard sameColour(Square square) { return contains(LikeA1, square) ? LikeA1 : ~LikeA1; }
 
-// What every pattern asks about the position: the king to be mated and what both sides have near
-// it.
+// What every pattern asks about the position: the king to be mated and what stands around it.
 struct Scene {
   const Board& board;
   const Side& attacker;
@@ -21,9 +20,9 @@ struct Scene {
   Colour attackerColour;
   Colour defenderColour;
   Square king;          // the one to be mated
-  Bitboard zone;        // its neighbour squares
-  Bitboard attacked;    // what the attacker attacks, through the king
-  Bitboard covered;     // neighbour squares in it are no flight
+  Bitboard zone;        // the squares next to it
+  Bitboard attacked;    // what the attacker attacks, also through the king
+  Bitboard covered;     // where the king can't go: attacked, or occupied by its own side
   Bitboard movers;      // attackers that are free to leave their square
   Bitboard pinnedHere;  // pieces alone between the attacker's king and a defending slider
 
@@ -32,7 +31,7 @@ struct Scene {
   bool isEmpty(Bitboard set) const { return (set & board.occupied) == 0; }
   Move moveTo(Square from, Square to) const { return makeCapture(from, to, board.squares[to]); }
 
-  // A defending pawn or knight takes what lands on the square.
+  // A defending pawn or knight can take what lands on the square.
   bool isGuardedByPawnOrKnight(Square square) const {
     return (pawnAttacks[attackerColour][square] & defender.bb[Pawn]) != 0 ||
            (knightAttacks[square] & defender.bb[Knight]) != 0;
@@ -43,8 +42,8 @@ struct Scene {
            (knightAttacks[square] & attacker.bb[Knight]) != 0 ||
            (kingAttacks[square] & attacker.bb[King]) != 0;
   }
-  // Along a line of the king, a piece already on that line takes the first defender towards the
-  // king. Returns its square, or -1 when the line holds anything else.
+  // A slider that already stands on a line of the king mates by taking the defender between them.
+  // Returns that defender's square, or -1 unless it alone stands between.
   int onlyDefenderBefore(Square slider) const {
     const Bitboard standing = between[slider][king] & board.occupied;
     if (standing == 0 || moreThanOne(standing) || (standing & attacker.bb[0]) != 0) return -1;
@@ -70,7 +69,7 @@ Scene sceneOf(const Board& board, Colour colour) {
           .pinnedHere = board.blockers[other]};
 }
 
-// Queen contact mates: the queen lands beside the king, defended, and takes every flight.
+// Queen contact mates: the queen lands beside the king, protected, and covers every flight square.
 bool isQueenContactMate(const Scene& scene, Square queen, Square to) {
   if (scene.isGuardedByPawnOrKnight(to)) return false;
   const Bitboard occupancy = scene.board.occupied & ~bit(queen);
@@ -82,8 +81,8 @@ bool isQueenContactMate(const Scene& scene, Square queen, Square to) {
   }
   if ((diagonal & scene.defenderSliders(Bishop)) != 0) return false;
   if ((straight & scene.defenderSliders(Rook)) != 0) return false;
-  // What the queen covered from her old square may be lost; from the new one she looks through the
-  // king.
+  // What the queen attacks from her old square may be lost; from the new one she looks through the
+  // king's square.
   const Bitboard taken = (scene.attacked & ~queenLines[queen]) | scene.defender.bb[0] |
                          bishopLines[to] | rookAttacks(to, occupancy & ~bit(scene.king));
   return (scene.zone & ~taken) == 0;
@@ -102,8 +101,9 @@ Move findQueenContactMate(const Scene& scene) {
   return NoMove;
 }
 
-// How many interpositions a square of a distant check bears before the check counts as parried: the
-// piece that the check then takes needs a second defender behind it, unless king or pawn stand by.
+// How many pieces must be able to interpose on a square before a distant check counts as parried.
+// The checking piece simply takes a lone interposer, so there must be a second one to take back,
+// unless the king or a pawn protects the square.
 int interpositionBudget(const Scene& scene, Square square) {
   const bool isHeld = contains(scene.zone, square) ||
                       (pawnAttacks[scene.attackerColour][square] & scene.defender.bb[Pawn]) != 0;
@@ -114,8 +114,7 @@ bool pawnCanStepTo(const Scene& scene, Square square) {
   return (shiftForward(scene.attackerColour, bit(square)) & scene.defender.bb[Pawn]) != 0;
 }
 
-// Whether the defender can interpose well enough on one of the squares of a check along a rank or
-// file.
+// Whether the defender can parry a check along a rank or file by interposing on one of the squares.
 bool canParryLineCheck(const Scene& scene, Bitboard squares, bool alongRank, Bitboard occupancy) {
   const Bitboard diagonalSliders = scene.defenderSliders(Bishop);
   const Bitboard straightSliders = scene.defenderSliders(Rook);
@@ -136,8 +135,9 @@ bool canParryLineCheck(const Scene& scene, Bitboard squares, bool alongRank, Bit
   return false;
 }
 
-// The same for a check along a diagonal. Interposers that then pin or shield, and knights, count
-// for more.
+// The same for a check along a diagonal. An interposer that comes from beside the king, or that
+// stands alone before the attacker's king and so uncovers a check, is enough by itself. Any number
+// of knights counts as one, and as enough where the square is protected.
 bool canParryDiagonalCheck(const Scene& scene, Bitboard squares, Bitboard occupancy) {
   const Side& defender = scene.defender;
   const Bitboard diagonalSliders = scene.defenderSliders(Bishop);
@@ -166,8 +166,8 @@ bool canParryDiagonalCheck(const Scene& scene, Bitboard squares, Bitboard occupa
   return false;
 }
 
-// A rook or queen that leaves its own rank (or file) gives up the neighbour squares of the king
-// there, unless another rook or queen stays on it; a queen gives up her diagonals as well.
+// A rook or queen that leaves its own rank (or file) gives up the squares there that are next to
+// the king, unless another rook or queen stays on it; a queen gives up her diagonals as well.
 bool givesUpCoverage(const Scene& scene, Square slider, Bitboard ownLine, Bitboard kingLine) {
   const Bitboard flights = scene.zone & ~scene.defender.bb[0];
   const Bitboard heldElsewhere = kingAttacks[scene.attacker.kingSquare] |
@@ -181,8 +181,9 @@ bool givesUpCoverage(const Scene& scene, Square slider, Bitboard ownLine, Bitboa
          (bishopLines[slider] & flights & ~kingLine) != 0;
 }
 
-// Whether a slider that checks from afar stands in the way of its own side, so that a neighbour
-// square of the king is no longer held. Rare, and asked last.
+// Whether the king can flee from a distant check by a rook or queen after all, usually because the
+// checking piece shuts the line of its own queen, rook or bishop to a square next to the king.
+// Rare, so it is asked last.
 bool letsKingOut(const Scene& scene, Square slider, Square to) {
   const Bitboard occupancy = (scene.board.occupied & ~bit(slider) & ~bit(scene.king)) | bit(to);
   const Bitboard moved = bit(slider) | bit(to);
@@ -200,8 +201,8 @@ bool letsKingOut(const Scene& scene, Square slider, Square to) {
   return false;
 }
 
-// Whether the check by the slider from its destination stands: not taken, and either defended
-// contact or too far away to be parried.
+// Whether the rook or queen mates from its destination: it can't be taken, and it is either
+// protected beside the king or gives a distant check that can't be parried.
 bool isLineMate(const Scene& scene, Square slider, Square to, bool alongRank) {
   if (scene.isGuardedByPawnOrKnight(to)) return false;
   const Bitboard occupancy = scene.board.occupied & ~bit(slider);
@@ -215,8 +216,8 @@ bool isLineMate(const Scene& scene, Square slider, Square to, bool alongRank) {
     return !canParryLineCheck(scene, gap, alongRank, occupancy) && !letsKingOut(scene, slider, to);
   }
   if ((diagonal & scene.attackerSliders(Bishop) & ~bit(slider)) != 0) {
-    // A rook may shut that defender's line to the king's flights; on the edge there are none behind
-    // it.
+    // A rook shuts the protector's line to the squares behind it, where the king may go; on the
+    // edge there are none.
     return contains(scene.attacker.bb[Queen], slider) || contains(BoardEdge, to);
   }
   return scene.isHeldByPawnKnightOrKing(to) ||
@@ -267,8 +268,7 @@ bool isDiagonalMate(const Scene& scene, Square slider, Square to) {
          (diagonal & scene.attackerSliders(Bishop) & ~bit(slider)) != 0;
 }
 
-// The square on which the slider arrives when it turns from its own diagonal into the king's, or
-// -1.
+// Where the slider lands when it moves along its own diagonal to the king's, or -1 when it can't.
 int diagonalDestination(const Scene& scene, Square slider, Bitboard own, Bitboard kingDiagonal) {
   const Bitboard crossing = own & kingDiagonal;
   if (crossing == 0) return -1;
@@ -276,8 +276,8 @@ int diagonalDestination(const Scene& scene, Square slider, Bitboard own, Bitboar
   if (to == slider) return scene.onlyDefenderBefore(slider);
   if (contains(scene.attacker.bb[0], to)) return -1;
   if (!scene.isEmpty(between[slider][to] | between[to][scene.king])) return -1;
-  // A slider that looks at the king's neighbour squares already would give them up. That holds for
-  // one that attacks the king itself too, so the king is never the destination.
+  // A slider that already attacks squares next to the king would give them up. One that attacks the
+  // king itself does so too, so the king is never the destination.
   const bool isQueen = contains(scene.attacker.bb[Queen], slider);
   const Bitboard lines = isQueen ? queenLines[slider] : bishopLines[slider];
   if ((lines & scene.zone & ~bit(to)) != 0) return -1;
@@ -304,7 +304,7 @@ Move findDiagonalMate(const Scene& scene) {
   return NoMove;
 }
 
-// Smothered mates: the king has no square of its own at all.
+// Smothered mates: only the defender's men and the other king keep the king from moving.
 Move findKnightMate(const Scene& scene) {
   if ((scene.zone & ~scene.defender.bb[0] & ~kingAttacks[scene.attacker.kingSquare]) != 0) {
     return NoMove;

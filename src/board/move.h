@@ -1,12 +1,15 @@
 // A move packed into 32 bits. 0 is no move and, on the move stack, a null move.
 //
 //   bits   field        meaning
-//   0-7    to           destination (castling: the king's, g1/c1/g8/c8)
-//   8-15   from         origin (castling: the king's)
-//   16-23  captured     code of the captured piece with its colour bits, 0 for none; en passant:
-//   the pawn 24-26  promotion    type promoted to (Knight..Queen), 0 for none 27     en passant 28
-//   castling 29     double step  a pawn's two-square advance 30     mark         free for the
-//   search; the generators never set it 31                  always 0
+//   0-7    to           destination; castling: the king's (g1, c1, g8 or c8)
+//   8-15   from         origin; castling: the king's
+//   16-23  captured     code of the captured piece, 0 for none; en passant: the pawn's code
+//   24-26  promotion    type promoted to (Knight..Queen), 0 for none
+//   27     en passant   the move captures en passant
+//   28     castling     the move is castling
+//   29     double step  a pawn advances two squares
+//   30     mark         free for the search; the generators never set it
+//   31                  always 0
 #pragma once
 
 #include "board/codes.h"
@@ -24,7 +27,7 @@ inline constexpr Move MarkFlag = 0x40000000;
 inline constexpr Move SpecialMask = 0x1F000000;
 inline constexpr Move PromotionMask = 0x07000000;
 inline constexpr Move CaptureMask = 0x00FF0000;
-// What the search calls tactical: captures, promotions, en passant.
+// Tactical moves: captures, promotions, en passant.
 inline constexpr Move TacticalMask = 0x0FFF0000;
 // Everything that tells one move from another: all but the search's mark.
 inline constexpr Move IdentityMask = 0xBFFFFFFF;

@@ -50,7 +50,7 @@ Move* addMoves(const Context& c, Move* list, Square from, Bitboard destinations)
   return list;
 }
 
-// Set-wise pawn moves onto the destinations, each from `offset` squares behind.
+// Pawn moves to the destinations, each from `offset` squares behind.
 Move* addPawnSet(const Context& c, Move* list, Bitboard destinations, int offset) {
   while (destinations != 0) {
     const Square to = popLowest(destinations);
@@ -91,7 +91,7 @@ Move* addPinnedPawns(const Context& c, Move* list) {
 }
 
 // Whether the king is safe from sliders once the capturing and the captured pawn have left their
-// squares: the only way in which en passant can be illegal, and one that no pin shows.
+// squares. Pins do not tell, because two pawns leave at once.
 bool isEnPassantSafe(const Board& board, Square from, Square to, Square victim) {
   const Bitboard occupancy = (board.occupied ^ bit(from) ^ bit(victim)) | bit(to);
   const Square king = board.own().kingSquare;
@@ -158,7 +158,7 @@ Move* addKnights(const Context& c, Move* list, Bitboard targets) {
 
 enum SliderKind { Diagonal = 1, Straight = 2, Both = 3 };
 
-// Moves of the sliders on the set; a pinned one stays on its line.
+// Moves of the sliders in the set; a pinned one stays on its line.
 template <SliderKind Kind>
 Move* addSliders(const Context& c, Move* list, Bitboard sliders, Bitboard targets) {
   while (sliders != 0) {
@@ -211,8 +211,8 @@ Move* addPawnEvasions(const Context& c, Move* list, Square checker, Bitboard tar
   return list;
 }
 
-// The one checker that men other than the king can answer, as a set; empty in double check, and
-// when the kings stand side by side, which a FEN can claim.
+// The checker, as a set, when men other than the king can answer the check; empty in double check,
+// and when the kings stand side by side, which happens only in a position from a FEN.
 Bitboard answerableChecker(const Board& board) {
   const Bitboard checkers = findCheckers(board);
   const bool kingsTouch = contains(kingAttacks[board.own().kingSquare], board.enemy().kingSquare);
@@ -352,7 +352,7 @@ bool isLegalCastling(const Board& board, Move move) {
   return false;
 }
 
-// Whether the pawn can go there at all, and the move's flags are those of such a move.
+// Whether a pawn moves like this and the move's flags are right.
 bool isPawnStep(const Board& board, Move move, Square from, Square to, PieceCode captured) {
   const int push = pushOf(board.stm);
   Move flags = 0;
@@ -389,7 +389,7 @@ bool isPieceStep(const Board& board, int type, Square from, Square to) {
   }
 }
 
-// Whether a man other than the king may make this step as far as its own king's safety goes.
+// Whether the king is safe after this step of another man.
 bool leavesKingSafe(const Board& board, Square from, Square to) {
   const Square king = board.own().kingSquare;
   const bool pinned = contains(board.blockers[static_cast<unsigned>(board.stm)], from);

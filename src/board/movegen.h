@@ -1,10 +1,10 @@
 // Strictly legal move generation in three families, and the legality test of a single move.
 //
 // No move is made to test it: pins come from blockers, the king's safety from enemyAttacks; en
-// passant and castling are tested directly. The order of the moves is fixed, since the search's
-// ordering starts from it. A generator writes into a list of MaxMoves entries from the first free
-// slot on and returns the slot behind the last move. The enemy king is never a target, whatever a
-// FEN claims.
+// passant and castling are tested directly. The order of the moves is fixed, because the search's
+// ordering starts from it. A generator writes from the given slot of a list of MaxMoves entries on
+// and returns the slot after the last move. The enemy king is never captured, not even in a
+// position from a FEN that would allow it.
 #pragma once
 
 #include "board/board.h"
@@ -21,18 +21,19 @@ Move* generateMoves(const Board& board, Move* list);
 // All legal moves of a side in check. Requires: valid attack information, in check.
 Move* generateEvasions(const Board& board, Move* list);
 
-// For the quiescence search: captures onto the targets, queen promotions, pawn steps to the seventh
-// rank, grouped by the moving piece from pawn to king. En passant and captures by pinned pawns come
-// whatever the targets are. Requires: valid attack information, not in check.
+// For the quiescence search: captures on the targets, queen promotions, and steps to the seventh
+// rank by pawns that can promote next, in order of the moving piece from pawn to king. Promotions,
+// en passant and captures by pinned pawns are included whatever the targets are.
+// Requires: valid attack information, not in check.
 Move* generateCaptures(const Board& board, Move* list, Bitboard targets);
 
-// True exactly when generateLegal would produce the move, whatever 32 bits it is given (the mark in
-// bit 30 apart). The transposition table's safety rests on this. Requires: valid attack
-// information.
+// Whether generateLegal would produce the move. Any 32 bits may be given; the mark is ignored. A
+// move from the transposition table is safe to play because of this test.
+// Requires: valid attack information.
 bool isLegalMove(const Board& board, Move move);
 
-// The epSquare when an en-passant capture there can exist: an enemy pawn stands on its fourth rank
-// with the two squares behind it empty; else 0.
+// The epSquare if an enemy pawn can really have just made a double step to it: a pawn on its fourth
+// rank with two empty squares behind it; else 0.
 Square usableEpSquare(const Board& board);
 
 // The enemy pawns, knights and sliders that give check to the side to move.

@@ -11,7 +11,8 @@ namespace quill {
 
 namespace {
 
-// A move that no generator made may hold any byte as a square; the texts take it modulo the board.
+// A move from elsewhere than the generators may hold any byte as a square; the texts take its low
+// six bits.
 Square fromSquare(Move move) { return fromOf(move) & 63; }
 Square toSquare(Move move) { return toOf(move) & 63; }
 
@@ -51,7 +52,7 @@ struct Origin {
   bool rank = false;
 };
 
-// How much of the origin tells the move from those of its like that reach the same square.
+// How much of the origin tells the move from moves of like pieces to the same square.
 Origin disambiguate(const Board& board, Move move, std::span<const Move> legal) {
   const Square from = fromSquare(move);
   Origin origin;
@@ -104,7 +105,7 @@ struct MovePattern {
 
 bool isFileLetter(char c) { return c >= 'a' && c <= 'h'; }
 
-// A piece letter behind the squares names the promotion, one in front of them the piece.
+// A piece letter after the squares names the promotion, one before them the piece.
 void readPieceLetter(MovePattern& pattern, char letter) {
   if (pattern.toFile < 0) {
     pattern.promotion = letter;
@@ -114,7 +115,8 @@ void readPieceLetter(MovePattern& pattern, char letter) {
   }
 }
 
-// Takes one character into the pattern, the text being read from its end. False for a foreign one.
+// Takes one character into the pattern; the text is read from its end. False for a character that
+// no move contains.
 bool readChar(MovePattern& pattern, char c) {
   if (isFileLetter(c)) {
     (pattern.toFile < 0 ? pattern.toFile : pattern.fromFile) = c - 'a';

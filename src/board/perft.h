@@ -1,4 +1,4 @@
-// Counting of move trees, the classic proof of a move generator.
+// Counts of move trees, the classic test of a move generator.
 #pragma once
 
 #include <cstdint>
@@ -7,9 +7,9 @@
 
 namespace quill {
 
-// The number of move sequences of the length, those of the last ply counted and not made; a depth
-// below 1 counts as 1. Leaves the Board as it was, its attack information refreshed. Requires: ply
-// + depth < StackSize.
+// The number of move sequences of that length; a depth below 1 counts as 1. The moves of the last
+// ply are counted without being made. Leaves the Board as it was, its attack information refreshed.
+// Requires: ply + depth < StackSize.
 std::uint64_t perft(Board& board, int depth);
 
 }  // namespace quill

@@ -42,7 +42,7 @@ Sfmt::Sfmt(std::uint32_t seed) : index_(Words) {
   certifyPeriod();
 }
 
-// A state whose parity is even lies outside the long cycle; flipping one bit moves it in.
+// A state of even parity lies outside the long cycle; flipping one bit moves it in.
 void Sfmt::certifyPeriod() {
   std::uint32_t inner = 0;
   for (unsigned i = 0; i < 4; ++i) inner ^= state_[i] & Parity[i];

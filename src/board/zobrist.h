@@ -1,5 +1,5 @@
-// The random keys whose XOR is the key of a position. Filled once by initZobrist from a fixed seed,
-// so that keys (and the hash lines of the display) are the same on every run; read-only afterwards.
+// The random keys whose XOR is the key of a position. initZobrist fills them once, from a fixed
+// seed, so that keys are the same on every run; read-only afterwards.
 #pragma once
 
 #include "board/codes.h"
@@ -20,8 +20,8 @@ extern ZobristTables zobristStore;  // written by initZobrist alone
 // To be called once, before any Board is used.
 void initZobrist();
 
-// [piece code & 15][square]: rows 9..14 white pieces, 1..6 black. Row 0 serves otherwise: entries
-// 0..7 are the en-passant files, 8..11 the castling rights K, k, Q, q.
+// [piece code & 15][square]: rows 9..14 are white pieces, rows 1..6 black ones. Row 0 has another
+// use: entries 0..7 are the en-passant files, 8..11 the castling rights K, k, Q, q.
 inline constexpr const auto& zobrist = detail::zobristStore.zobrist;
 // By rights value 0..15: the XOR of the keys of the single rights.
 inline constexpr const auto& castleKey = detail::zobristStore.castleKey;
