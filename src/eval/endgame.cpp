@@ -86,8 +86,7 @@ std::optional<int> rookAndPawn(const Ending& e, Colour strong) {
   if (distance(weak.kingSquare, goal) > 1) return std::nullopt;
 
   if (relativeRank(strong, pawn) >= 5) {
-    // Seen from the pawn's side the ranks differ between the colours; the tuned values depend on
-    // it.
+    // Not the same ranks for both colours; the tuned values depend on that.
     const Bitboard behind = strong == White ? rankMask(0) | rankMask(1) : rankMask(6);
     if ((weak.bb[Rook] & behind) != 0 || e.board.stm != strong) return 0;
     return std::nullopt;
@@ -96,7 +95,7 @@ std::optional<int> rookAndPawn(const Ending& e, Colour strong) {
   return std::nullopt;
 }
 
-// The endings with a rule of their own, all of five men or fewer.
+// The endings with a rule of their own, all with five men or fewer.
 Verdict recognise(Ending& e) {
   if (count(e.board.occupied) > 5) return Verdict::Open;
   const auto strength = [&e](Colour c) { return e.force[c].points + e.force[c].pawns; };
@@ -117,7 +116,7 @@ Verdict recognise(Ending& e) {
   return Verdict::Exact;
 }
 
-// A leader with nothing but rook pawns on one file, alone or with a bishop that does not command
+// A leader with nothing but rook pawns on one file, alone or with a bishop that does not control
 // the corner where they promote.
 Verdict judgeRookPawns(Ending& e) {
   if (e.score == 0 || e.force[White].pieces + e.force[Black].pieces > 2) return Verdict::Open;
@@ -148,7 +147,7 @@ Verdict judgeRookPawns(Ending& e) {
   return Verdict::Open;
 }
 
-// Both sides have pawns: single bishops on squares of different colours.
+// Both sides have pawns. Looks for a single bishop on each side, on squares of different colours.
 void judgeOppositeBishops(Ending& e) {
   const std::uint32_t bishop = MaterialIncrement[Bishop];
   for (const Colour c : {White, Black}) {
@@ -185,7 +184,7 @@ Verdict judgeOneSidedPawns(Ending& e, Colour owner) {
     }
     if (own.points + MinorPoints >= other.points) e.scale = RareWin;
   } else if (score > 0 && own.pawns == 1 && other.hasLongRange()) {
-    // The last pawn falls to a piece given up for it.
+    // The other side can give up a piece for the last pawn.
     const int sacrifice = other.bishops > 0 ? 3 : other.rooks > 0 ? 5 : 10;
     if (own.points <= other.points + MinorPoints - sacrifice) e.scale = RareWin;
   }
@@ -204,7 +203,7 @@ Verdict judgePieceLead(Ending& e, Colour ahead) {
       e.setScoreOf(ahead, score / 8);
     return Verdict::Done;
   }
-  // Two bishops on one colour can't mate.
+  // Bishops that are all on one colour can't mate.
   const Bitboard bishops = e.board.side[ahead].bb[Bishop];
   const Bitboard light = bishops & LightSquares;
   if (own.bishops >= 2 && (light == 0 || light == bishops) && score > 0) {

@@ -15,10 +15,10 @@ namespace {
 
 constexpr int SideToMoveBonus = 7;  // centipawns
 constexpr int FullScale = 1024;
-constexpr int QuietStretch = 32;  // plies without progress that cost nothing
+constexpr int QuietStretch = 32;  // plies without capture or pawn move that cost nothing
 
-// One colour's pawn values, structure and passed pawns together, blended by the opponent's
-// material. Unlike those of the piece terms the weights of the two halves are not clamped.
+// One colour's pawn structure and passed pawns, blended by the opponent's material. Unlike the
+// piece terms they extrapolate when the opponent has more than 32 points.
 int pawnTerm(const Evaluator& evaluator, Colour colour) {
   int opening = evaluator.pawnEntry->side[colour].opening;
   int endgame = evaluator.pawnEntry->side[colour].endgame;
@@ -41,7 +41,7 @@ int computeScore(Evaluator& evaluator) {
   int score = materialBalance(board, scale) + trappedPieces(evaluator);
   pawnStructure(evaluator);
   score += pawnTerm(evaluator, White) - pawnTerm(evaluator, Black);
-  // Both shelters stand before the first attack on a king reads one.
+  // Both shelters must be known before the first attack on a king reads one.
   score += kingShelter(evaluator, White) - kingShelter(evaluator, Black);
   score += pieceTerms(evaluator, White) - pieceTerms(evaluator, Black);
 

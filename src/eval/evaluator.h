@@ -1,7 +1,7 @@
 // The static evaluation of a position, and the state that each search thread keeps for it.
 //
-// Every term is first summed from White's view and turned to the side to move at the end. Most
-// terms have an opening and an endgame value, blended by the material that the opponent still has.
+// The terms are summed from White's view, and the sum is turned to the side to move at the end.
+// Most terms have an opening and an endgame value, blended by the opponent's remaining material.
 //
 // Threads: an Evaluator belongs to one thread; only its EvalTables are shared, and read-only.
 #pragma once
@@ -16,10 +16,10 @@
 
 namespace quill {
 
-// No result of evaluate lies outside +-MaxEvaluation, so that none can be taken for a mate score.
+// Results of evaluate stay within +-MaxEvaluation, so that none can be taken for a mate score.
 inline constexpr int MaxEvaluation = 9999;
 
-// Results by position. The key knows neither the fifty-move count nor the weights.
+// Results by position. Neither the fifty-move count nor the weights are part of the key.
 struct EvalCache {
   static constexpr unsigned Size = 4096;
 
@@ -45,8 +45,7 @@ struct Evaluator {
   PawnHash pawnHash;
   std::uint64_t evalCount = 0;  // calls of evaluate, cache hits included
   const PawnEntry* pawnEntry;   // what the last probe of the pawn hash gave
-  // King shelter by colour, computed in the call in progress; the other colour's king attack reads
-  // it.
+  // King shelter by colour, computed in the call in progress for the other colour's king attack.
   std::array<int, 2> shelter{};
   EvalCache evalCache;
 };
@@ -58,7 +57,7 @@ int evaluate(Evaluator& evaluator);
 // Empties the cache and the pawn hash.
 void clearEvaluator(Evaluator& evaluator);
 
-// Asks for the pawn hash's line of the board's pawns, to be called soon after a move was made.
+// Prefetches the pawn hash entry of the board's pawns; to be called soon after a move is made.
 inline void prefetchPawnEntry(const Evaluator& evaluator) {
   const PawnHash& hash = evaluator.pawnHash;
   platform::prefetch(hash.table + (evaluator.board.pawnKey & hash.mask));

@@ -9,7 +9,7 @@ namespace quill {
 
 inline constexpr Bitboard LightSquares = 0x55AA55AA55AA55AA;
 
-// King steps from a square to a place given by file and rank, which may lie beyond the board.
+// King steps from a square to a file and rank, which may lie off the board.
 constexpr int kingSteps(Square from, int file, int rank) {
   const int files = fileOf(from) > file ? fileOf(from) - file : file - fileOf(from);
   const int ranks = rankOf(from) > rank ? rankOf(from) - rank : rank - rankOf(from);

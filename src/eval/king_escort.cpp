@@ -10,8 +10,8 @@ namespace {
 
 constexpr Bitboard Everywhere = ~Bitboard{0};
 
-// One set of own-king squares for each square of the enemy king, framed by a border so that the
-// eight neighbours of every square exist.
+// A set of own-king squares for each square of the enemy king. A border around the squares gives
+// each of them eight neighbours.
 constexpr int Stride = 10;
 using KingSets = std::array<Bitboard, Stride * 10>;
 
@@ -30,9 +30,9 @@ constexpr Bitboard kingSteps(Bitboard set) {
   return beside | (row << 8) | (row >> 8);
 }
 
-// A flood fill over both kings at once. The pawns stand still; for each square of the enemy king
-// the set of own-king squares grows from which the walk succeeds, one step and one answer at a
-// time.
+// A flood fill over both kings at once while the pawns stand still. For each square of the enemy
+// king there is a set of own-king squares from which the walk succeeds; the sets grow by one step
+// and one answer at a time.
 class EscortFlood {
  public:
   explicit EscortFlood(const Escort& escort) : escort_(escort) {
@@ -68,16 +68,17 @@ class EscortFlood {
   }
 
  private:
-  // Where the king decides the matter. Against a bare king these are the classical key squares:
-  // whoever is to move, the pawn can't be held. A king with pawns always has a waiting move, so
-  // that only a king that guards the whole path to promotion counts.
+  // Where the king has to get. Against a bare king these are the classical key squares: the pawn
+  // can't be stopped, whoever is to move. A king with pawns always has a waiting move, so only a
+  // king on the seventh rank beside the pawn's file counts, from where it guards the path.
   Bitboard keySquares() const {
     if (escort_.enemyPawns != 0) return adjacentFiles[escort_.pawn] & rankMask(6);
     const Bitboard next = withBeside(bit(escort_.pawn)) << 8;
     return rankOf(escort_.pawn) < 4 ? next << 8 : next | (next << 8);
   }
 
-  // For each enemy square the own-king squares with all of its neighbours in their sets.
+  // For each square of the enemy king, the own-king squares that are in the sets of all its
+  // neighbours.
   static KingSets commonToNeighbours(const KingSets& sets) {
     KingSets beside;
     KingSets row;
@@ -91,7 +92,7 @@ class EscortFlood {
     return common;
   }
 
-  // Only an advanced pawn leaves a bare king without a move.
+  // Only an advanced pawn can leave a bare king without a move.
   void markStalemates() {
     stalemate_.fill(0);
     if (escort_.enemyPawns == 0 && rankOf(escort_.pawn) >= 5)
@@ -100,7 +101,7 @@ class EscortFlood {
       afterOwn_[placeOf(enemy)] &= ~stalemate_[placeOf(enemy)];
   }
 
-  // The own king steps to where the enemy's answers do not help, or the pawn simply runs.
+  // The own king steps to where no answer of the enemy helps, or the pawn simply runs.
   void stepKing() {
     for (Square enemy = A1; enemy <= H8; ++enemy) {
       const unsigned place = placeOf(enemy);
@@ -108,8 +109,8 @@ class EscortFlood {
     }
   }
 
-  // The enemy king steps: every step must lead to where the walk succeeds, or be closed to it.
-  // False when that added nothing.
+  // The enemy king steps: each of its steps must lead to where the walk succeeds, or be closed to
+  // it. Returns whether that added anything.
   bool answer() {
     KingSets sets;
     sets.fill(Everywhere);
@@ -131,11 +132,11 @@ class EscortFlood {
 
   const Escort& escort_;
   KingSets allowed_;     // where the own king may stand
-  KingSets runs_;        // where it must stand so that the pawn runs through alone
-  KingSets closed_;      // where it must stand so that the enemy king can't go to the square
+  KingSets runs_;        // where it is not in the way of a pawn that runs through alone
+  KingSets closed_;      // where it must stand to keep the enemy king off the square
   KingSets stalemate_;   // where it must not stand when the enemy is to move
-  KingSets afterOwn_;    // the walk succeeds, the enemy to move
-  KingSets afterEnemy_;  // the walk succeeds, the own side to move
+  KingSets afterOwn_;    // from where the walk succeeds with the enemy to move
+  KingSets afterEnemy_;  // from where the walk succeeds with the own side to move
 };
 
 }  // namespace

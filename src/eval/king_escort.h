@@ -1,5 +1,4 @@
-// Whether a king can walk ahead of its passed pawn and see it home against a bare king or a king
-// with pawns.
+// Whether a king can escort its passed pawn to promotion against a king that has no pieces.
 #pragma once
 
 #include "board/codes.h"

@@ -8,13 +8,13 @@ namespace quill {
 
 namespace {
 
-// Below this many material points of the opponent the king is a fighting piece.
+// Below this many material points of the opponent, the king is a fighting piece.
 constexpr int EndgamePoints = 16;
-// Danger below this counts as none: about three rooks without a queen.
+// Danger below this counts as none. The opponent then has no queen and at most 17 points.
 constexpr int SlightDanger = 10;
 constexpr int WalkSteps = 6;  // how far an endgame king looks for enemy pawns
 
-// The king's place and the enemy pawns that it can walk to; a pawn d steps away counts 7 - d times.
+// The king's place and the enemy pawns that it can walk to. A pawn d steps away counts 7 - d times.
 template <Colour Us>
 int endgameKing(const Board& board, int opponentPoints) {
   constexpr Colour Them = Us ^ 1;
@@ -51,8 +51,8 @@ int standingShelter(const Evaluator& evaluator, Colour colour) {
   return shelter - KingSquarePenalty[tableIndex(colour, king)];
 }
 
-// Shelter points that castling on a wing would give: the flank's own less a cost for the move and
-// for each piece still in the way, and a bonus for a bishop fianchettoed there.
+// Shelter points that castling on a wing would give: those of the wing, less a cost for the move
+// and for each piece still in the way, and a point for a bishop fianchettoed there.
 int castledShelter(const Evaluator& evaluator, Colour colour, Wing wing) {
   const Board& board = evaluator.board;
   const auto& stored = evaluator.pawnEntry->side[colour].shelter;

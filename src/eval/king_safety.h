@@ -9,15 +9,14 @@ namespace quill {
 
 struct Evaluator;
 
-// The square moved off the edge: a- and h-file inwards by one file, first and last rank by one
-// rank.
+// The square, or the nearest one that is not on the edge of the board.
 constexpr Square kingFront(Square square) {
   const int file = fileOf(square);
   const int rank = rankOf(square);
   return makeSquare(file == 0 ? 1 : file == 7 ? 6 : file, rank == 0 ? 1 : rank == 7 ? 6 : rank);
 }
 
-// The nine squares around a king that attackers count.
+// The nine squares at a king on which attacks count.
 inline Bitboard kingZone(Square king) {
   const Square front = kingFront(king);
   return kingAttacks[front] | bit(front);
@@ -27,8 +26,9 @@ inline Bitboard kingZone(Square king) {
 // Requires: Evaluator::pawnEntry is the board's.
 int kingShelter(Evaluator& evaluator, Colour colour);
 
-// What the colour's attack on the enemy king is worth; grows with the square of the attackers'
-// weight. Requires: Evaluator::shelter of the other colour is the board's.
+// What the colour's attack on the enemy king is worth, that colour's view, centipawns; it grows
+// with the square of the danger.
+// Requires: Evaluator::shelter of the other colour is the board's.
 int kingAttack(const Evaluator& evaluator, Colour colour, const AttackRecord& attack);
 
 }  // namespace quill

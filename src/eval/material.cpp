@@ -6,8 +6,8 @@ namespace quill {
 
 namespace {
 
-// How many exchanges away the side behind is from having nothing: each piece it still has takes
-// from what a point of extra material is worth to the side ahead.
+// What a point of the lead is worth, in units of four centipawns: the fewer pieces the side behind
+// still has, the more.
 int leadFactor(std::uint32_t behind) {
   return 29 - knightCount(behind) - bishopCount(behind) - rookCount(behind) -
          2 * queenCount(behind);
@@ -27,8 +27,8 @@ int materialBalance(const Board& board, int& scale) {
   const int queens = queenCount(white) + queenCount(black);
   const int pairs = (bishopCount(white) >= 2 ? 1 : 0) - (bishopCount(black) >= 2 ? 1 : 0);
 
-  // Knights gain with pawns and lose with rooks; bishops, rooks and queens gain as the board
-  // empties.
+  // Knights gain with pawns and lose with rooks; bishops gain with minor pieces and lose with
+  // pawns; rooks, queens and the bishop pair gain as the board empties.
   int value = 2 * (knightCount(white) - knightCount(black)) * (pawns - 8 - 2 * rooks);
   value += (74 - 4 * (rooks + 3 * queens + minors)) * pairs;
   value += 2 * (bishopCount(white) - bishopCount(black)) * (3 * minors + 4 - pawns);

@@ -33,8 +33,8 @@ struct PassedContext {
   const std::array<Bitboard, 7>& own;
   const std::array<Bitboard, 7>& enemy;
   Bitboard passed;  // of this colour
-  int freedom;      // the fewer pieces can stop a passed pawn, the better
-  int duoBonus;     // more for two together when the enemy has no piece that acts from afar on both
+  int freedom;      // grows as fewer kinds of enemy pieces can stop a passed pawn
+  int duoBonus;     // for two passed pawns together; only against knights and rooks
 };
 
 // Whether the pawn can step ahead without being lost for nothing.
@@ -45,7 +45,7 @@ bool canStep(const Board& board, Square square, Square front) {
   return see(board, step) >= 0;
 }
 
-// The factor that the pawn's opening bonus is multiplied with.
+// What the pawn's opening bonus is multiplied by, in 1/64.
 template <Colour Us>
 int supportOf(const PassedContext<Us>& c, Square square, bool diagonalPasser, bool sidePasser) {
   const Square front = square + 8 * c.Up;
@@ -65,8 +65,8 @@ int supportOf(const PassedContext<Us>& c, Square square, bool diagonalPasser, bo
   return support;
 }
 
-// The factor for the endgame: the same, with the kings near or far and the heavy pieces before or
-// behind.
+// What the endgame bonus has in addition: the distance of both kings, and rooks and queens in front
+// of the pawn or behind it.
 template <Colour Us>
 int endgameSupportOf(const PassedContext<Us>& c, Square square, bool hasPartner) {
   const int file = fileOf(square);

@@ -1,5 +1,4 @@
-// What passed pawns are worth beyond their squares: support, blockade and the distance of the
-// kings.
+// What passed pawns are worth besides their squares: support, blockade, distance of the kings.
 #pragma once
 
 #include "board/board.h"

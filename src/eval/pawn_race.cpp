@@ -13,7 +13,7 @@ namespace {
 
 constexpr Bitboard EscortFiles = ~(fileMask(0) | fileMask(7));
 
-// The set with top and bottom of the board exchanged for Black.
+// The set as the colour sees it: the board is turned upside down for Black.
 Bitboard relativeSet(Colour colour, Bitboard set) {
   if (colour == White) return set;
   Bitboard flipped = 0;
@@ -39,9 +39,10 @@ class Runner {
     }
   }
 
-  // Moves of the fastest pawn that runs alone, or else of two that one king can't stop; or NoRace.
+  // Moves of the fastest pawn that runs alone, else of two pawns that one king can't stop, else
+  // NoRace.
   int moves() const {
-    // Bishops, rooks and queens stop pawns in more ways than are worked out here.
+    // Bishops, rooks and queens can stop a pawn in more ways than this looks at.
     if ((enemy_.bb[Bishop] | enemy_.bb[Rook] | enemy_.bb[Queen]) != 0) return NoRace;
     int best = NoRace;
     for (Bitboard pawns = passed_ & own_.bb[Pawn]; pawns != 0;)
@@ -49,7 +50,7 @@ class Runner {
     return best == NoRace && enemy_.bb[Knight] == 0 ? pairMoves() : best;
   }
 
-  // Moves of the king and the pawn that it sees home, or NoRace. Requires: no pawn runs alone.
+  // Moves of the king and of the pawn that it escorts, or NoRace. Requires: no pawn runs alone.
   int escortedMoves() const {
     const Bitboard escortable = passed_ & own_.bb[Pawn] & EscortFiles;
     if (pieceCount(enemy_.material) != 0 || (passed_ & enemy_.bb[Pawn]) != 0 || enemyCandidate_)
@@ -74,13 +75,13 @@ class Runner {
   static constexpr int Up = Us == White ? 8 : -8;
 
   // Plays the race out with this side to move: the pawn runs, and the region is where the enemy
-  // king can be by then. Own king and enemy pawns stay where they are.
+  // king can be by then. The own king and the enemy pawns stay where they are.
   bool isCaught(Square pawn) const {
     const Bitboard allowed =
         ~(kingAttacks[own_.kingSquare] | bit(own_.kingSquare) | enemy_.bb[Pawn]);
     Bitboard region = kings_ & allowed & ~pawnAttacks[Us][pawn];
     if (contains(region, pawn)) return true;
-    // A pawn on its second rank runs as from the third: the double step saves the move.
+    // A pawn on its second rank is as fast as one on its third, thanks to the double step.
     Square square = relativeRank(Us, pawn) == 1 ? pawn + Up : pawn;
     while (((frontSpan[Us][square] | bit(square)) & region) == 0) {
       if (relativeRank(Us, square) == 7) return false;
@@ -90,7 +91,7 @@ class Runner {
     return true;
   }
 
-  // Moves that the pawn needs by itself, or NoRace when it can be stopped.
+  // Moves until the pawn promotes by itself, or NoRace when it can be stopped.
   int singleMoves(Square pawn) const {
     if ((pawnKnightCone[Us][pawn] & knights_) != 0) return NoRace;
     const Bitboard reach = pawnCone[Us][pawn] | bit(pawn);
@@ -99,7 +100,7 @@ class Runner {
     int moves = 7 - relativeRank(Us, pawn);
     const Bitboard path = frontSpan[Us][pawn];
     if (contains(path, own_.kingSquare)) {
-      // The king must step aside first, and in front of a rook pawn it may be shut in there.
+      // The own king must step aside first; in front of a rook pawn it may be shut in.
       const Bitboard exits = kingAttacks[own_.kingSquare] & ~path & ~own_.bb[0] & ~grow(kings_);
       if (!contains(EscortFiles, pawn) && exits == 0) return NoRace;
       ++moves;
@@ -110,7 +111,8 @@ class Runner {
   }
 
   // Two pawns so far apart that the king, once it has dealt with one, is too late for the other.
-  // The pawns are taken as their own side sees the board, so that both colours find the same pairs.
+  // The last pair found counts; the pawns are taken in the order in which their own side sees them,
+  // so that both colours find the same one.
   int pairMoves() const {
     int moves = NoRace;
     for (Bitboard firsts = relativeSet(Us, passed_ & own_.bb[Pawn]); firsts != 0;) {
@@ -145,7 +147,7 @@ class Runner {
   const Side& enemy_;
   const Bitboard passed_;  // of both colours
   const bool enemyCandidate_;
-  Bitboard kings_;    // where the enemy king stands once this colour is to move
+  Bitboard kings_;    // where the enemy king may stand once this colour is to move
   Bitboard knights_;  // the same for the enemy knights
 };
 

@@ -17,8 +17,8 @@ struct RaceCounts {
 // Requires: Evaluator::pawnEntry is the board's.
 RaceCounts pawnRaceCounts(const Evaluator& evaluator);
 
-// 0 when no pawn is sure to promote or both promote about together; else what the sure promotion is
-// worth, White's view, centipawns.
+// What the sure promotion is worth, White's view, centipawns; 0 when no pawn is sure to promote or
+// both sides promote at about the same time.
 // Requires: as pawnRaceCounts.
 int pawnRace(const Evaluator& evaluator);
 

@@ -24,7 +24,7 @@ constexpr Bitboard besideOf(Bitboard pawns) {
   return ((pawns << 1) & NotFileA) | ((pawns >> 1) & NotFileH);
 }
 
-// The value of one colour's pawns; adds its passed pawns and notes a candidate.
+// The value of one colour's pawns. Adds its passed pawns and a candidate to the entry.
 template <Colour Us>
 ScorePair sumPawns(const Board& board, const EvalTables& tables, PawnEntry& entry) {
   constexpr Colour Them = Us ^ 1;
@@ -75,8 +75,7 @@ ScorePair sumPawns(const Board& board, const EvalTables& tables, PawnEntry& entr
   return sum;
 }
 
-// The own pawn nearest to the king's side on the file, valued by its rank; 0 on a file off the
-// board.
+// The value, by rank, of the own pawn on the file that is nearest to the back rank; 0 without one.
 template <Colour Us>
 int shelterOnFile(Bitboard own, int file, const int (&byRank)[8]) {
   if (file < 0 || file > 7) return 0;
@@ -89,7 +88,7 @@ int shelterOnFile(Bitboard own, int file, const int (&byRank)[8]) {
 template <Colour Us>
 int shelterFor(const Board& board, Square square) {
   constexpr Colour Them = Us ^ 1;
-  // Pawns that have come no nearer than their own third rank do not storm yet.
+  // Enemy pawns on their own second and third rank do not storm yet.
   constexpr Bitboard StormRanks = relativeRankMask(Us, 1) | relativeRankMask(Us, 2) |
                                   relativeRankMask(Us, 3) | relativeRankMask(Us, 4);
   const Bitboard own = board.side[Us].bb[Pawn];

@@ -1,5 +1,4 @@
-// What depends on the pawns alone, computed once for a formation and kept in a hash table by
-// pawnKey.
+// What depends on the pawns alone: computed once for each formation, and kept in a hash table.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +18,7 @@ struct PawnEntry {
     std::uint8_t candidate;  // 1 if the side has a candidate passed pawn, else 0
   };
 
-  std::uint64_t passed;  // passed pawns of both colours; of doubled ones only the front pawn
+  std::uint64_t passed;  // passed pawns of both colours; of doubled pawns only the front one
   std::uint64_t key;     // pawnKey of the formation
   SideValues side[2];
 };
@@ -28,7 +27,7 @@ static_assert(sizeof(PawnEntry) == 32);
 // Indices into PawnEntry::SideValues::shelter.
 enum ShelterSlot : int { ShelterB, ShelterE, ShelterG };
 
-// The pawn formations that one thread has met lately. It always replaces.
+// The pawn formations that one thread has met lately. A new formation always replaces the old one.
 struct PawnHash {
   explicit PawnHash(const Board& board);
   PawnHash(const PawnHash&) = delete;
@@ -44,8 +43,9 @@ struct PawnHash {
   void* allocation = nullptr;  // owned
 };
 
-// Gives the table the largest power of two of entries that is not above the number (at least 1),
-// empty. On failure: one line on standard error, and the program aborts.
+// Gives the table as many entries as the largest power of two not above the number (at least 1),
+// and empties it.
+// On failure: one line on standard error, and the program aborts.
 void resizePawnHash(PawnHash& hash, std::uint32_t entries);
 
 // Empties the table and zeroes its two counters.
@@ -54,9 +54,8 @@ void clearPawnHash(PawnHash& hash);
 // The entry of the board's pawns, found or computed; it is left in Evaluator::pawnEntry too.
 const PawnEntry& pawnStructure(Evaluator& evaluator);
 
-// How well pawns shelter a king of the colour on this square of its back rank, and how far enemy
-// pawns have advanced on it: -1 for a full shelter without a storm, -16 for none, less under a
-// storm.
+// How well its pawns shelter a king of the colour on this square of its back rank, in shelter
+// points: -1 for a full shelter, -16 for none, and less when enemy pawns storm it.
 int shelterAt(const Board& board, Colour colour, Square square);
 
 }  // namespace quill

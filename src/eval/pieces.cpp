@@ -14,7 +14,7 @@ namespace {
 constexpr ScorePair PieceStopsPawn = makePair(8, 8);    // a minor piece or king in front of a pawn
 constexpr ScorePair PawnCanHit = makePair(8, 0);        // a piece that a pawn's step would attack
 constexpr ScorePair OnePieceHit = makePair(16, 16);     // an own piece that a pawn attacks
-constexpr ScorePair MorePiecesHit = makePair(48, 48);   // two and more of them, together
+constexpr ScorePair MorePiecesHit = makePair(48, 48);   // two or more of them, all together
 constexpr ScorePair KnightBehindPawn = makePair(8, 0);  // shielded on its file
 constexpr ScorePair BishopBehindPawn = makePair(4, 4);
 
@@ -23,7 +23,7 @@ constexpr ScorePair KnightHitsMajor = makePair(16, 0);
 constexpr ScorePair KnightHitsBishop = makePair(8, 0);
 constexpr ScorePair BishopHitsMajor = makePair(16, 0);
 constexpr ScorePair RookHitsQueen = makePair(16, 16);
-constexpr ScorePair MinorHitsAny = makePair(4, 0);   // once, whatever the number
+constexpr ScorePair MinorHitsAny = makePair(4, 0);   // once, however many men it attacks
 constexpr ScorePair KnightTarget = makePair(0, 24);  // for each man attacked
 constexpr ScorePair BishopTarget = makePair(0, 28);
 constexpr ScorePair RookTarget = makePair(0, 20);
@@ -61,7 +61,7 @@ struct PieceContext {
   }
 
   // Notes a piece whose safe attacks meet the king zone: base, more for each square of the zone,
-  // more again when it faces no equals. With an empty zone there is no attack.
+  // and more again when it attacks none of its equals.
   void recordAttack(Bitboard attacks, int base, int perSquare, Bitboard equals, int unopposed) {
     const Bitboard hits = attacks & zone;
     if (hits == 0) return;
@@ -118,7 +118,7 @@ ScorePair knightTerms(PieceContext<Us>& c) {
 template <Colour Us>
 ScorePair bishopTerms(PieceContext<Us>& c) {
   const Bitboard blocked = c.own[0] | c.enemy[Pawn];
-  // Bishops look through what they may capture at a gain and through own pieces that can move away.
+  // Bishops look through what they gain by capturing and through own pieces that can move away.
   const Bitboard occupancy = c.board.occupied & ~(c.enemy[Queen] | c.enemy[Rook] | c.own[Knight] |
                                                   c.own[Rook] | (c.enemy[Knight] & ~c.unsafe));
   const Bitboard pawns = c.own[Pawn] | c.enemy[Pawn];
@@ -145,7 +145,8 @@ ScorePair bishopTerms(PieceContext<Us>& c) {
 template <Colour Us>
 ScorePair rookFile(const PieceContext<Us>& c, Square square) {
   const Bitboard file = fileMask(fileOf(square));
-  // A pawn that can be chased away does not close the file; an enemy one there is only bait.
+  // An own pawn closes the file unless it stands unsafely; an enemy pawn makes it worthless when
+  // its own pawns protect it and ours do not attack it.
   if ((c.own[Pawn] & file & ~c.unsafe) != 0 || (c.enemy[Pawn] & file & c.unsafe) != 0) return 0;
   if ((c.enemy[Pawn] & file) != 0) return RookHalfOpen;
   return moreThanOne(c.own[Rook] & file) ? RooksDoubledOpen : RookOpen;

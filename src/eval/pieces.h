@@ -1,5 +1,4 @@
-// Square values, mobility, threats and files of the pieces, and their part in an attack on the
-// king.
+// Square values, mobility, threats and open files of the pieces, and their attack on the king.
 #pragma once
 
 #include "board/board.h"
@@ -9,8 +8,8 @@ namespace quill {
 
 struct Evaluator;
 
-// The pieces of one colour that reach the enemy king's zone. Kept only for a colour with more than
-// AttackerPoints material points; else it stays empty.
+// The pieces of one colour that reach the enemy king's zone. It stays empty for a colour with no
+// more than AttackerPoints material points.
 struct AttackRecord {
   int count = 0;   // pieces whose safe attacks meet the zone
   int weight = 0;  // by kind of piece and number of squares

@@ -1,8 +1,8 @@
 // An opening and an endgame value summed together: one addition updates both.
 //
-//   bits 16-31  opening value     bits 0-15  endgame value, signed
-//
-// A negative endgame half borrows one from the opening half; unpacking gives it back.
+//   bits   field
+//   0-15   endgame value, signed
+//   16-31  opening value, signed, one too low when the endgame value is negative
 #pragma once
 
 #include <cstdint>

@@ -17,12 +17,12 @@ constexpr Bitboard LastRanks = rankMask(0) | rankMask(7);
 struct Exchange {
   const Board& board;
   Square square;
-  Bitboard attackers;  // pieces that may still capture; each leaves when it has
+  Bitboard attackers;  // pieces that may still capture; each leaves when it has captured
   Bitboard screens;    // pieces that only stand in the way of sliders
 };
 
 // Takes the side's least valuable attacker of the square off the record and returns its type,
-// NoPiece when there is none. A slider behind it joins in from then on.
+// NoPiece when there is none. That opens the line for a slider behind it.
 int takeLeastAttacker(Exchange& exchange, Colour side) {
   const Side& own = exchange.board.side[side];
   const Square square = exchange.square;
@@ -62,8 +62,8 @@ int takeLeastAttacker(Exchange& exchange, Colour side) {
   return NoPiece;
 }
 
-// The best that the side can reach from its balance by capturing the victim on the square or
-// stopping, and so on in turn. Fail-soft: a result below alpha is an upper bound.
+// The best that the side can reach from its balance when both sides in turn capture on the square
+// or stop. Fail-soft: a result below alpha is an upper bound.
 int swap(Exchange& exchange, Colour side, int balance, int victim, int alpha, int beta) {
   if (balance + victim < alpha) return balance + victim;
   const int attacker = takeLeastAttacker(exchange, side);
@@ -86,17 +86,16 @@ Bitboard soleScreens(Square king, Bitboard sliders, Bitboard occupancy) {
   return screens;
 }
 
-// The opponent's pieces that cannot recapture because they are, or become by the move, pinned.
+// The opponent's pieces that can't recapture because they are pinned, or will be by the move.
 Bitboard heldByPins(const Board& board, Colour us, Square from, Square to, Bitboard occupancy) {
   const Side& own = board.side[us];
   const Side& enemy = board.side[us ^ 1];
   const Square king = enemy.kingSquare;
   Bitboard pinned = board.blockers[us ^ 1];
-  // A move that uncovers a check must be answered there: only the king may still capture.
+  // The move uncovers a check, which must be answered: only the king may still capture.
   if (contains(pinned, from)) return enemy.bb[0] & ~enemy.bb[King];
 
-  // A piece that leaves a line of the king makes the enemy piece behind it the only one on that
-  // line.
+  // When the mover leaves a line of the king, an enemy piece may be left alone on it.
   if (contains(bishopLines[king], from) && !contains(bishopLines[king], to)) {
     pinned |= soleScreens(king, (own.bb[Bishop] | own.bb[Queen]) & bishopLines[king], occupancy);
   } else if (contains(rookLines[king], from) && !contains(rookLines[king], to)) {
@@ -121,7 +120,7 @@ int see(const Board& board, Move move) {
     won += PromotionGain;
     risked += PromotionGain;
   }
-  // What the enemy attacks neither before nor behind the move it can't recapture.
+  // An enemy that attacks neither the origin nor the destination can't recapture.
   if (us == board.stm && ((bit(from) | bit(to)) & board.enemyAttacks) == 0) return won;
   // Taking a pawn one step from promotion saves a queen.
   if (captured == Pawn && relativeRank(us ^ 1, to) == 6) {

@@ -6,7 +6,7 @@ namespace quill {
 
 namespace {
 
-// A piece of White's on a square and the black pawn that keeps it there; the price in centipawns.
+// A white piece's square, that of the black pawn that traps it, and the price in centipawns.
 struct Trap {
   Square piece;
   Square pawn;
@@ -29,8 +29,8 @@ int priceOf(Bitboard pieces, Bitboard enemyPawns, const Trap (&traps)[Count]) {
   return price;
 }
 
-// A king next to the corner and a rook on the wrong side of it, behind an own pawn. The files are
-// named from the corner: its own file and the next one.
+// A king near the corner and a rook on the wrong side of it, behind an own pawn. The files are the
+// corner's own and the next one.
 template <Colour Us>
 bool isShutIn(const Side& side, Square king1, Square king2, int cornerFile, int nextFile) {
   if (side.kingSquare != relativeSquare(Us, king1) && side.kingSquare != relativeSquare(Us, king2))

@@ -7,8 +7,8 @@ namespace quill {
 
 struct Evaluator;
 
-// Trapped knights and bishops in the enemy's corners and rooks shut in by their own king, White's
-// view, centipawns.
+// What trapped pieces cost, White's view, centipawns: knights and bishops in the enemy's corners,
+// rooks shut in by their own king.
 int trappedPieces(const Evaluator& evaluator);
 
 }  // namespace quill

@@ -30,7 +30,7 @@ constexpr SquareValues PawnSquareEndgame = {
       0,   0,   0,   0,   0,   0,   0,   0,
 };
 
-// IsolatedPawn: no own pawn on the files beside it and no enemy pawn ahead of it. Same order and unit.
+// IsolatedPawn: no own pawn on the files beside it, no enemy pawn ahead. Same order and unit.
 constexpr SquareValues IsolatedPawnOpening = {
       0,   0,   0,   0,   0,   0,   0,   0,
     -16,  -8,  -8,  -8,  -8,  -8,  -8, -16,
@@ -52,8 +52,7 @@ constexpr SquareValues IsolatedPawnEndgame = {
       0,   0,   0,   0,   0,   0,   0,   0,
 };
 
-// WeakPawn: not isolated, yet no pawn defends it and no enemy pawn is ahead of it. Not symmetric.
-// Same order and unit.
+// WeakPawn: not isolated, but undefended, no enemy pawn ahead; not symmetric. Same order and unit.
 constexpr SquareValues WeakPawnOpening = {
       0,   0,   0,   0,   0,   0,   0,   0,
      -8,  -8,  -8,  -8,  -8,  -8,  -8,  -8,
@@ -204,7 +203,7 @@ constexpr std::array<int, 32> QueenMobilityEndgame = {
      22,  24,  26,  28,  30, 31, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41};
 // clang-format on
 
-// A pair of columns packed, each value scaled by its column's weight.
+// Packs an opening and an endgame table into one, each scaled by its weight.
 template <std::size_t Size>
 std::array<ScorePair, Size> packed(const std::array<int, Size>& opening,
                                    const std::array<int, Size>& endgame,

@@ -1,4 +1,4 @@
-// Every tuned number of the evaluation that is a table, and the seven weights that options change.
+// The tuned tables of the evaluation, and the seven weights that options change.
 //
 // Square tables are indexed by the square as seen from the piece's own side, eighth rank first: see
 // tableIndex. All values are centipawns unless a line says otherwise.
@@ -11,7 +11,7 @@
 
 namespace quill {
 
-// What the indices of the weights scale.
+// What each weight scales.
 enum EvalWeight : int {
   MobilityOpening,
   MobilityEndgame,
@@ -26,8 +26,9 @@ enum EvalWeight : int {
 inline constexpr int EvalWeightOne = 1024;  // a weight of 100 percent
 
 // The weights and the tables derived from them. One object is made at start-up and passed by
-// reference to every Evaluator. Threads: all threads read it without locking; change a weight only
-// while none evaluates.
+// reference to every Evaluator.
+//
+// Threads: all threads read it without locking; change a weight only while none evaluates.
 struct EvalTables {
   using SquareTable = std::array<ScorePair, 64>;
 
@@ -50,11 +51,11 @@ struct EvalTables {
   EvalTables();
 };
 
-// Derives the tables from the constant ones and the weights.
+// Derives the tables from the constants and the weights.
 void buildEvalTables(EvalTables& tables);
 
-// Changes one weight, in 1/1024, and rebuilds the tables. Values that the pawn hash and the
-// evaluation caches hold already keep the old weight until they are overwritten or cleared.
+// Changes one weight, in 1/1024, and rebuilds the tables. Values already in the pawn hashes and
+// evaluation caches keep the old weight until they are overwritten or cleared.
 // Requires: an index of EvalWeight.
 void setEvalWeight(EvalTables& tables, int index, int value);
 
@@ -90,8 +91,8 @@ inline constexpr SquareValues KingSquarePenalty = {
       1,   0,   3,   4,   4,   3,   0,   1,
 };
 
-// KbnCorner, how far the bare king is from a corner of the bishop's colour, by square a1 to h8, for a
-// dark-squared bishop.
+// KbnCorner, how far the bare king is from a corner of the bishop's colour, by square a1 to h8, for
+// a bishop on dark squares.
 inline constexpr SquareValues KbnCorner = {
       0,   1,   2,   3,   4,   5,   7,   8,
       1,   3,   5,   7,   8,   9,   8,   7,
@@ -109,8 +110,8 @@ inline constexpr int EndgameKingWeight[16] = {32, 32, 32, 32, 32, 32, 32, 32, 28
 // StormPenalty, by the storming pawn's rank from its own side, in shelter points.
 inline constexpr int StormPenalty[8] = {0, 0, 0, 1, 2, 2, 1, 0};
 
-// Shelter of an own pawn by its rank from the king's side, on the file towards the centre and on the
-// king's own or the outer file, in shelter points; the pawn nearest to the king counts.
+// The shelter that an own pawn gives, by its rank from its own side, in shelter points: on the next
+// file towards the centre, and on the king's file or the one beyond it. The rearmost pawn counts.
 inline constexpr int InnerShelter[8] = {0, 3, 2, 1, 0, 0, 0, 0};
 inline constexpr int OuterShelter[8] = {0, 6, 5, 3, 2, 0, 0, 0};
 
