@@ -5,8 +5,9 @@
 
 namespace quill::platform {
 
-// Milliseconds since an arbitrary moment, modulo 2^32; never goes back. Differences are taken with
-// unsigned subtraction, so that the wrap does not matter. Any thread.
+// Milliseconds since an arbitrary moment, modulo 2^32; never goes back. Take differences by
+// unsigned subtraction, so that the wrap does not matter.
+// Threads: any.
 std::uint32_t tickCountMs();
 
 }  // namespace quill::platform

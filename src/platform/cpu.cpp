@@ -19,7 +19,7 @@ struct Features {
   std::uint32_t edx;
 };
 
-// Leaf 1 of CPUID. A machine without the instruction runs a build made for it, so all is there.
+// Leaf 1 of CPUID. A processor of another kind runs a build made for it, so all counts as present.
 Features readFeatures() {
 #if defined(QUILL_HAS_CPUID)
   unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;

@@ -1,4 +1,4 @@
-// A manual-reset event: stays signalled, and lets every waiter pass, until it is reset.
+// A manual-reset event: it stays signalled, and lets every waiter pass, until it is reset.
 #pragma once
 
 #include <condition_variable>

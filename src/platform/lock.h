@@ -8,18 +8,18 @@
 
 namespace quill::platform {
 
-// Satisfies the standard's Lockable, so that std::lock_guard works on it.
+// Meets the standard's Lockable requirements, so that std::lock_guard works on it.
 class SpinLock {
  public:
   void lock() {
-    // A holder may have been preempted when threads outnumber processors: spin a little, then
-    // yield.
+    // The holder may have been preempted if threads outnumber processors: spin a little, then give
+    // up the processor.
     for (int tries = 0; !try_lock(); ++tries) {
       if (tries >= SpinsBeforeYield) yieldThread();
     }
   }
 
-  // Acquire pairs with the release of unlock: what the last holder wrote is seen.
+  // The acquire pairs with the release in unlock: what the last holder wrote is visible.
   bool try_lock() {
     return word_.load(std::memory_order_relaxed) == 0 &&
            word_.exchange(1, std::memory_order_acquire) == 0;

@@ -49,7 +49,7 @@ void Thread::join() {
 
 namespace {
 
-// Linux gives each thread a nice value of its own. Elsewhere the priority stays as it is.
+// On Linux each thread has a nice value of its own. Elsewhere the priority stays as it is.
 void lowerPriority() {
 #ifdef __linux__
   setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 1);

@@ -1,4 +1,4 @@
-// Threads with a stack of a chosen size, and ways to give the processor away.
+// Threads with a stack of a chosen size, and ways to give up the processor.
 #pragma once
 
 #include <cstddef>
@@ -17,10 +17,12 @@ class Thread {
   ~Thread() = default;
 
   // Starts entry(argument) on a new thread with at least stackBytes of stack and, where the system
-  // lets it, a priority just below normal. On failure: false, and no thread runs.
+  // allows it, a priority just below normal.
+  // On failure: false, and no thread runs.
   bool start(Entry entry, void* argument, std::size_t stackBytes);
 
-  // Waits for the thread's end; does nothing when none runs. Blocks.
+  // Returns at once when no thread runs.
+  // Blocks: until the thread ends.
   void join();
 
   bool isRunning() const { return running_; }
@@ -41,10 +43,10 @@ class Thread {
   bool running_ = false;
 };
 
-// Lets another ready thread run; returns at once when there is none.
+// Lets another thread run that is ready; returns at once when there is none.
 void yieldThread();
 
-// Gives the processor up for about the given time.
+// Gives up the processor for about the given time.
 void sleepMicroseconds(unsigned microseconds);
 
 }  // namespace quill::platform

@@ -1,7 +1,8 @@
-// The console commands on the board: set and show a position, pass, count move trees, and moves and
-// positions typed as whole lines.
+// The console commands on the board: set and show a position, pass, count move trees, play moves
+// and set positions that are typed as whole lines.
 //
-// A command gets the text behind its word, which may begin with blanks. Requires: no search runs.
+// A command gets the text after its word, which may begin with blanks.
+// Requires: no search runs.
 #pragma once
 
 namespace quill {
@@ -13,11 +14,12 @@ struct Engine;
 void fenCommand(Engine& engine, const char* rest);
 // "%": passes the turn.
 void passCommand(Engine& engine, const char* rest);
-// "divide [depth]": the size of the tree behind each move. "perft [depth]": of all, with the speed.
+// "divide [depth]": counts the move sequences for each move. "perft [depth]": counts them all, and
+// shows the speed.
 void divideCommand(Engine& engine, const char* rest);
 void perftCommand(Engine& engine, const char* rest);
 
-// Whether a line is made of nothing but what moves are written with.
+// Whether a line has at least two characters, all of them such as moves are written with.
 bool isMoveLine(const char* word, const char* rest);
 // Plays the move that the word means and shows the board.
 void playTypedMove(Board& board, const char* word);

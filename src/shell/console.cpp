@@ -14,7 +14,7 @@ namespace {
 struct Command {
   const char* name;
   void (*run)(Engine& engine, const char* rest);
-  bool takesTheEngine;  // touches what a running search uses: the board, the table or the clock
+  bool takesTheEngine;  // uses what a running search uses: the board, the table or the clock
 };
 
 constexpr Command Commands[] = {
@@ -23,8 +23,8 @@ constexpr Command Commands[] = {
     {"mt", moveTimeCommand, false},
 };
 
-// Whether the command must be left alone since a search runs; says so. A search that has just sent
-// its move is waited for.
+// Whether a running search forbids the command; if so, says so on standard error. Waits for a
+// search that has just sent its move.
 bool isRefused(Engine& engine, const char* command) {
   if (engine.uci.isSearching()) {
     std::fprintf(stderr, "%s: a search is running\n", command);

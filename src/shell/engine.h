@@ -1,4 +1,4 @@
-// All objects that live as long as the program, built in one place and passed to whoever uses them.
+// All objects that live as long as the program, built in one place and passed to their users.
 #pragma once
 
 #include "book/book.h"
@@ -13,9 +13,9 @@
 
 namespace quill {
 
-// The members refer to those above them. Requires: the tables of board/ are built.
+// Members refer only to members above them. Requires: the tables of board/ are built.
 struct Engine {
-  // The seed is that of the book's choices.
+  // The seed is for the book's choices.
   explicit Engine(std::uint32_t bookSeed)
       : pool(tt, timeControl, evalTables),
         bookSelector(book, bookSeed),

@@ -9,7 +9,7 @@ namespace quill {
 
 namespace {
 
-// Atomic since the input thread switches it off while a search thread may be about to write; the
+// Atomic because the input thread switches it off while a search thread may be about to write. The
 // stream itself stays open, so a late line is harmless and relaxed access is enough.
 std::atomic<std::FILE*> theStream{nullptr};
 std::atomic<bool> isSet{false};  // until then the log is standard output

@@ -18,7 +18,7 @@ void searchCommand(Engine& engine, const char* rest) {
   Tokenizer words;
   words.setArgs(rest);
   if (std::strcmp(words.nextToken().text(), "tt") != 0) engine.tt.clear();
-  // What an earlier "go" asked for must not bind a search from the console.
+  // The limits of an earlier "go" must not apply to a search from the console.
   engine.timeControl.configure({});
   // The protocol hears of searches from its "uci" on.
   Uci& uci = engine.uci;

@@ -1,7 +1,7 @@
-// The console commands that use the engine's services.
+// The console commands that use the book, the search and the clock.
 //
-// A command gets the text behind its word, which may begin with blanks. Requires, for all but "mt":
-// no search runs.
+// A command gets the text after its word, which may begin with blanks.
+// Requires: no search runs, but for "mt".
 #pragma once
 
 namespace quill {
@@ -10,10 +10,10 @@ struct Engine;
 
 // "book": the book's candidates for the position.
 void bookCommand(Engine& engine, const char* rest);
-// "g [tt]": searches the position with the budgets in force and waits for the end; "tt" keeps what
-// the table knows.
+// "g [tt]": searches the position with the budgets in force and waits for the end; "tt" keeps the
+// contents of the transposition table.
 void searchCommand(Engine& engine, const char* rest);
-// "mt [seconds]": sets the time of every search to come, and shows it.
+// "mt [seconds]": sets the time of all following searches, and shows it.
 void moveTimeCommand(Engine& engine, const char* rest);
 
 }  // namespace quill

@@ -66,8 +66,8 @@ class LineReader {
     return true;
   }
 
-  // A short read without a line's end comes from a zero byte in the file. One word about it is
-  // enough: a file of nothing else would flood the console.
+  // A short read without the end of a line comes from a zero byte in the file. One message is
+  // enough: a file full of them would flood the console.
   void reportOddRead(std::size_t length) {
     if (hasReported_) return;
     hasReported_ = true;
@@ -95,7 +95,7 @@ bool Settings::load(const char* path) {
   LineReader reader(file);
   std::size_t length = 0;
   while (const char* line = reader.next(length)) {
-    // A carriage return inside what fgets took for one line ends a line too.
+    // A carriage return inside what fgets takes for one line also ends a line.
     const char* const end = line + length;
     for (const char* cut; (cut = std::find(line, end, '\r')) != end; line = cut + 1) {
       addLine(line, static_cast<std::size_t>(cut - line));

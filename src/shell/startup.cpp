@@ -29,8 +29,8 @@ void openBook(Engine& engine) {
 
 }  // namespace
 
-// Standard input keeps its buffer: it is read line by line as the text arrives, and one system call
-// for each byte would make long lines slow.
+// Standard input keeps its buffer. Lines arrive as soon as they are typed all the same, and one
+// system call for each byte would make long lines slow.
 void prepareStreams() {
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   std::setvbuf(stderr, nullptr, _IONBF, 0);

@@ -7,7 +7,7 @@ namespace quill {
 
 struct Engine;
 
-// Makes everything that is written appear at once.
+// Makes all output appear at once.
 void prepareStreams();
 
 void printBanner();
@@ -20,7 +20,7 @@ int checkProcessor(bool hasSse2, bool hasPopcnt);
 std::unique_ptr<Engine> createEngine();
 
 // Reads the settings file (nullptr: the default one), sets the start position, opens the book,
-// sizes the table and starts the threads, with a line on standard output for each.
+// sizes the table and starts the threads. Reports its progress on standard output.
 void startEngine(Engine& engine, const char* settingsFile);
 
 }  // namespace quill

@@ -25,7 +25,7 @@ char lowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A'
 
 }  // namespace
 
-// The text stands right behind the record.
+// The text follows the record in memory.
 struct EngineString::Block {
   std::int32_t refs;
   std::int32_t size;  // length of the text + 1
@@ -96,7 +96,7 @@ EngineString& EngineString::append(const char* text, std::int32_t n) {
 
   const std::int32_t oldLength = length();
   const std::int64_t newSize = static_cast<std::int64_t>(block_->size) + n;
-  // The text may be part of this very string, which the enlargement can move.
+  // The text may be part of this string, which moves when it is enlarged.
   const auto place = reinterpret_cast<std::uintptr_t>(text);
   const auto begin = reinterpret_cast<std::uintptr_t>(block_->chars());
   const bool isOwnText =

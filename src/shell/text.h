@@ -1,5 +1,4 @@
-// Two small text facilities: a reference-counted string, and the tokenizer for the words of a
-// command.
+// Text helpers: a reference-counted string, numbers from text, and the words of a command line.
 //
 // Threads: reference counts are not atomic; a block must not be shared between threads.
 #pragma once
@@ -9,14 +8,14 @@
 
 namespace quill {
 
-// A byte string whose copies share one heap block until one of them is appended to. An empty handle
-// has no block and reads as "". Lengths are signed 32-bit. On failure of an allocation: "malloc
-// failed" or "realloc failed" on standard output, and the program aborts; it does not try to go on
-// without memory for text.
+// A byte string whose copies share one heap block until one of them is appended to. A default
+// string has no block and reads as "". Lengths are signed 32-bit numbers.
+// On failure: when memory runs out, "malloc failed" or "realloc failed" on standard output, and the
+// program aborts.
 class EngineString {
  public:
   EngineString() = default;
-  // A copy of the text; a null text makes an empty string with a block of its own.
+  // A copy of the text; a null text gives an empty string with a block of its own.
   explicit EngineString(const char* text);
   // A block of the given size holding the first size - 1 characters of text and a terminator.
   static EngineString makeN(const char* text, std::int32_t size);
@@ -26,19 +25,19 @@ class EngineString {
   EngineString& operator=(EngineString&& other) noexcept;
   ~EngineString();
 
-  // Appends n characters; nothing happens when text is null or n is not positive.
+  // Appends n characters; does nothing when text is null or n is not positive.
   EngineString& append(const char* text, std::int32_t n);
   EngineString& appendText(const char* text);
   EngineString& appendChar(char c);
   EngineString& appendInt(int value);
 
-  // The characters from start up to, not including, min(end, length).
+  // The characters from start up to, but not including, min(end, length).
   EngineString substring(std::int32_t start, std::int32_t end) const;
 
   const char* text() const;  // 0-terminated
   std::int32_t length() const;
   bool isEmpty() const { return length() == 0; }
-  // Handles that share the block, 0 without one.
+  // Strings that share the block, 0 without one.
   std::int32_t refs() const;
 
  private:
@@ -47,21 +46,21 @@ class EngineString {
   Block* block_ = nullptr;
 };
 
-// ASCII letter case does not count.
+// Compares the texts without regard to the case of ASCII letters.
 bool equalsIgnoreCase(std::string_view a, std::string_view b);
 
 // The decimal number that the text begins with (blanks and a sign may precede it), 0 when there is
-// none; saturates at the ends of the type's range instead of overflowing.
+// none; a number beyond the type's range becomes the nearest one in it.
 std::int32_t parseInt(const char* text);
 std::int64_t parseInt64(const char* text);
 
-// Hands out the words of one command line, separated by blanks and tabs.
+// Gives the words of a command line one by one; blanks and tabs separate them.
 class Tokenizer {
  public:
   // Begins with the rest of a command line; leading separators are dropped. The text is not copied:
   // it must stay as it is while words are taken from it.
   void setArgs(const char* text);
-  // Removes the first pos characters and the separators behind them.
+  // Skips the next pos characters and the separators after them.
   void dropLeading(std::int32_t pos);
   // The next word, empty when none is left; a part of the command line.
   std::string_view nextWord();
