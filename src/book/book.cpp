@@ -16,7 +16,7 @@ namespace quill {
 
 namespace {
 
-// Records of one position that a look-up reads at most. No real book comes near it; it bounds the
+// The most records of one position that a look-up reads. No real book comes near it; it limits the
 // time that a damaged book can cost.
 constexpr int MaxRecordsRead = 65536;
 // Records that are read together once the position is found.
@@ -31,7 +31,7 @@ std::uint64_t bigEndian(const std::uint8_t* bytes, int size) {
 
 float strengthOfElo(std::uint32_t elo) {
   const double strength = std::exp2((static_cast<double>(elo) - 2400) / 70);
-  // From an Elo of about 11360 on a float can't hold it; the selector excludes such a move.
+  // Above an Elo of about 11360 a float can't hold it; the selector excludes such a move.
   if (strength > static_cast<double>(std::numeric_limits<float>::max())) {
     return std::numeric_limits<float>::infinity();
   }
@@ -49,7 +49,7 @@ constexpr std::array<int, 6> PieceCodes = {BookPawn, BookKnight, BookBishop,
                                            BookRook, BookQueen,  BookKing};
 
 // Reads a piece placement into the key.
-// On failure: false after one line on standard error, when a rank or the board is overrun.
+// On failure: false, with one line on standard error when the pieces run off the board.
 bool addPlacement(std::string_view placement, std::uint64_t& key) {
   int x = 0;
   int y = 7;
@@ -65,7 +65,7 @@ bool addPlacement(std::string_view placement, std::uint64_t& key) {
       ++x;
     }
     if (i + 1 == placement.size()) break;
-    // The text after the placement belongs to the message: it runs to the end of the FEN.
+    // The message shows the rest of the whole FEN, not only of the placement.
     if (x > 8) {
       std::fprintf(stderr, "illegal fen, x=%i>8: %s\n", x, placement.data() + i + 1);
       return false;
@@ -102,10 +102,10 @@ int plyOfMoveNumber(std::string_view field) {
 
 bool Book::open(const char* path) {
   close();
-  // Looked at before it is opened: opening a pipe could wait for a writer for ever.
+  // Checked before it is opened: opening a pipe could wait forever for a writer.
   std::error_code error;
   if (path == nullptr || !std::filesystem::is_regular_file(path, error)) return false;
-  // Each look-up jumps about in the file: a stream buffer would only read what nobody asked for.
+  // Look-ups jump about in the file, so a stream buffer would only read what is not needed.
   file_.rdbuf()->pubsetbuf(nullptr, 0);
   file_.open(path, std::ios::binary);
   if (!file_.is_open() || !readHeader()) {
@@ -242,8 +242,8 @@ BookEntry Book::decode(const std::uint8_t* record) const {
   return entry;
 }
 
-// Merges the entry with the last candidate when both have the same move, else stores it. False when
-// there is room for no more.
+// Merges the entry with the last candidate when both have the same move, else stores it. Returns
+// whether there is room for more.
 bool Book::takeCandidate(const BookEntry& entry) {
   if (candidateCount_ > 0) {
     BookEntry& last = candidates_[candidateCount_ - 1];
@@ -268,14 +268,14 @@ int Book::loadCandidates(const char* fen) {
 int Book::loadCandidates(const BookPosition& position) {
   candidateCount_ = 0;
   const std::uint64_t target = position.lookupKey();
-  // 0 is the key of no position, but that of every record in a file of zeros.
+  // No position has the key 0, but every record in a file of zeros does.
   if (target == 0 || !find(target)) return 0;
 
   std::array<std::uint8_t, RecordsPerRead * MaxRecordSize> block;
   const std::size_t blockSize = RecordsPerRead * header_.recordSize;
   for (int read = 0; read < MaxRecordsRead; position_ += blockSize) {
     const std::size_t got = readAt(position_, block.data(), blockSize);
-    // A record that the end of the file cuts off is none.
+    // A record that the end of the file cuts off does not count.
     const std::size_t records = got / header_.recordSize;
     for (std::size_t i = 0; i < records; ++i, ++read) {
       const BookEntry entry = decode(block.data() + i * header_.recordSize);

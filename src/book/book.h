@@ -1,11 +1,11 @@
 // The opening book: a file of fixed-size records, sorted by position key, that stays on disk.
 //
-// A look-up binary-searches the file and reads the few records of one position, so memory use does
-// not depend on the size of the book. The key of a position comes from its FEN text and a fixed
-// table of its own (book_keys.h), not from the engine's Zobrist keys. docs/book_format.md describes
-// the file.
+// A look-up is a binary search in the file that reads only the records of one position, so memory
+// use does not depend on the size of the book. The key of a position comes from its FEN text and a
+// fixed table (book_keys.h), not from the engine's Zobrist keys. docs/book_format.md describes the
+// file.
 //
-// Threads: the input thread only; every look-up moves the file position.
+// Threads: the input thread only, since every look-up moves the file position.
 #pragma once
 
 #include <array>
@@ -18,7 +18,7 @@ namespace quill {
 
 struct Board;
 
-// A candidate move of the probed position.
+// A candidate move of a position.
 struct BookEntry {
   std::uint64_t key;   // look-up key of the position
   std::uint32_t wins;  // games won after this move by the side that plays it; 0 without counts
@@ -29,19 +29,20 @@ struct BookEntry {
   std::uint8_t to;
 };
 
-// The candidates of one position that a look-up keeps at most.
+// The most candidates of one position that a look-up keeps.
 inline constexpr int MaxBookCandidates = 32;
 
 // What the book needs to know of a position.
 struct BookPosition {
   std::uint64_t key;  // without the side to move
   bool black;         // Black is to move
-  int ply;  // from the full-move number, 0 at the first move; -2 or -1 when the number is missing
+  int ply;            // from the full-move number, 0 at the first move; below 0 without a number
 
   std::uint64_t lookupKey() const { return key ^ (black ? 1 : 0); }
 };
 
-// The layout of a book file: the 16 bytes at its start, or the defaults for a file of bare records.
+// The layout of a book file, from the 16 bytes at its start; the defaults are those of a file
+// without a header.
 struct BookHeader {
   static constexpr std::uint32_t Size = 16;         // bytes of the header itself
   static constexpr std::uint32_t ReservedFlag = 1;  // must not be set
@@ -55,29 +56,28 @@ struct BookHeader {
 
   bool hasCounts() const { return (flags & CountsFlag) != 0; }
   bool hasElo() const { return (flags & EloFlag) != 0; }
-  // Bytes of a record with the fields that the flags announce: 10, 12, 16 or 18.
+  // Bytes of a record with the fields that the flags name: 10, 12, 16 or 18.
   std::uint32_t fieldBytes() const { return 10u + (hasCounts() ? 6u : 0u) + (hasElo() ? 2u : 0u); }
 };
 
 class Book {
  public:
   // Opens the file for look-ups; a book opened before is closed.
-  // On failure: false, and every look-up finds nothing. A path that does not name a regular file,
-  // and a header whose record size is not the sum of its fields or that sets the reserved flag, are
-  // failures.
+  // On failure: false, and every look-up finds nothing. The path must name a regular file, its
+  // record size must be the sum of its fields, and the reserved flag must not be set.
   bool open(const char* path);
 
-  // Slots of the file: its size divided by the record size. The header's bytes are inside the
-  // divided size, so a book with a 16-byte header and 16-byte records counts one slot more than it
-  // has records.
+  // Slots of the file: its size, header included, divided by the record size. So a book with a
+  // header and 16-byte records has one slot more than it has records.
   std::uint64_t recordCount() const { return recordCount_; }
 
-  // On failure: none after one line on standard error, when the placement runs off the board.
+  // What the book reads from the FEN text.
+  // On failure: none, with one line on standard error when the pieces run off the board.
   static std::optional<BookPosition> bookKey(const char* fen);
   // The same as of the board's own FEN text.
   static BookPosition bookKey(const Board& board);
 
-  // True when the book holds the key; the next record read is then the first one of that key.
+  // Whether the book holds the key; if so, the first record of that key is read next.
   bool find(std::uint64_t target);
 
   // Fills candidates() for the position and returns their number, 0..MaxBookCandidates. Records
@@ -111,7 +111,7 @@ class Book {
   BookHeader header_;
   std::uint64_t fileSize_ = 0;
   std::uint64_t recordCount_ = 0;
-  std::uint64_t position_ = 0;  // offset of the record that find positioned the file at
+  std::uint64_t position_ = 0;  // offset of the record to be read next
   std::uint64_t readCount_ = 0;
   std::array<BookEntry, MaxBookCandidates> candidates_{};
   int candidateCount_ = 0;

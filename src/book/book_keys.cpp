@@ -8,8 +8,8 @@ namespace quill {
 
 namespace {
 
-// The first sixteen values and the last one are given; the generator's numbers for their places are
-// drawn and dropped, so that value i is always number i of its stream.
+// The first sixteen values and the last one are given. The generator's numbers for them are drawn
+// and dropped, so that value i is always number i of its stream.
 constexpr std::array<std::uint64_t, 16> FirstKeys = {
     0x5719555B81E14BA2, 0x55C0F845C2EE3CA7, 0xD3559C8D507EF27F, 0xCCAF760CACC035DE,
     0xDF944873986319E8, 0x3DA402A6FC615490, 0xFF6204374B8642B2, 0xAE1AA273740CCB09,

@@ -7,7 +7,7 @@
 
 namespace quill {
 
-// Piece codes of the table; 0 stands for the terms that are no pieces, 4 is not used.
+// Piece codes of the table; 0 is for the terms that are not pieces, 4 is not used.
 enum BookPiece : int {
   BookNoPiece = 0,
   BookPawn = 1,
@@ -18,13 +18,13 @@ enum BookPiece : int {
   BookQueen = 7,
 };
 
-// Place of a piece's value: file and rank 0..7 (a1 is 0, 0), black 1 for a black piece. File 8 is
-// let through: it stands for the black bit.
+// Index of a piece's value: file and rank 0..7 (a1 is 0, 0), black 1 for a black piece. A file of 8
+// is allowed and sets the black bit.
 constexpr int bookKeyIndex(int piece, int rank, int black, int file) {
   return (piece << 7) | (rank << 4) | (black << 3) | file;
 }
 
-// Places of the terms that are no pieces: the en-passant file takes the place of its number 0..7.
+// Indices of the terms that are not pieces; 0..7 are the en-passant files.
 enum BookKeyTerm : int {
   BookWhiteShort = 8,
   BookBlackShort = 9,
@@ -32,7 +32,7 @@ enum BookKeyTerm : int {
   BookBlackLong = 11
 };
 
-// Seed of the generator that all values but the seventeen given ones come from.
+// Seed of the generator of all values but the seventeen that are given.
 inline constexpr std::uint32_t BookKeySeed = 1024;
 
 // Filled before main begins; read-only.

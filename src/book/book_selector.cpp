@@ -21,7 +21,7 @@ constexpr char Dashes[] =
 
 double ratio(double part, double whole) { return whole != 0 ? part / whole : 0; }
 
-// Games and results of one candidate or of all together.
+// The results of one candidate or of all together.
 struct Record {
   double wins = 0;
   double draws = 0;
@@ -39,7 +39,7 @@ struct Record {
   // Standard error of the score.
   double scoreError() const {
     if (games() == 0) return 0;
-    // The variance of a single result; rounding may leave it a hair below 0.
+    // The variance of a single result; rounding may take it slightly below 0.
     const double variance = score() * (1 - score()) - 0.25 * draws / games();
     return std::sqrt(std::max(variance, 0.0)) / std::sqrt(games());
   }
@@ -111,13 +111,13 @@ void BookSelector::excludeByOwnValues(bool black) {
     row.elo = record.elo();
     if (criteria_.minGames > record.games()) row.excluded |= TooFewGames;
     if (criteria_.minElo > row.elo && book_.hasElo()) row.excluded |= TooLowElo;
-    // A strength that no float holds would drown every other one.
+    // A strength that no float can hold would leave nothing for the other moves.
     if (!std::isfinite(record.strength)) row.excluded |= TooLowElo;
     if (minScore > row.score) row.excluded |= TooLowScore;
   }
 }
 
-// Measures every candidate, excluded or not, against the best of those without a blemish so far.
+// Compares every candidate, excluded or not, with the best of those that are not excluded so far.
 void BookSelector::excludeByComparison() {
   double maxGames = 0;
   double maxElo = 0;
@@ -149,7 +149,7 @@ void BookSelector::computeShares() {
     const Record record(book_.candidates()[i]);
     games[i] = record.games();
     elo[i] = book_.hasElo() ? record.strength : 0;
-    // A score delta of 0 lets no score count at all, the best one (0/0) included.
+    // With a maxScoreDelta of 0 no score counts, not even the best one.
     const double share = criteria_.maxScoreDelta != 0
                              ? 1 - (bestScore - table_[i].score) / criteria_.maxScoreDelta
                              : 0;
@@ -158,7 +158,7 @@ void BookSelector::computeShares() {
   normalise(games);
   if (criteria_.gameWeight < 0) {
     for (int i = 0; i < count_; ++i) {
-      // The surplus over 1 keeps a single move's share above 0.
+      // A little more than 1 keeps the share of a single move above 0.
       if (table_[i].excluded == 0) games[i] = 1.00001 - games[i];
     }
     normalise(games);
@@ -190,7 +190,7 @@ void BookSelector::computePicks() {
   }
   normalise(weights);
 
-  // max_element answers the first of equals.
+  // The first of several equal ones.
   const auto best = std::max_element(used.begin(), used.end()) - used.begin();
   for (int i = 0; i < count_; ++i) {
     table_[i].pick =
