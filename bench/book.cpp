@@ -19,7 +19,7 @@ using quill::Book;
 constexpr std::size_t Records = 1000000;
 constexpr char StartFen[] = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
 
-// A book of random keys among which the start position has twenty moves.
+// A book of random keys in which the start position has twenty moves.
 class MillionRecords {
  public:
   MillionRecords() {
@@ -46,7 +46,7 @@ class MillionRecords {
   Book book;
 
  private:
-  // A name of its own for each run, since several may go on at the same time.
+  // Each run has a name of its own, since several may run at the same time.
   std::string name_ = "quill_bench_book_" +
                       std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()) +
                       ".bbk";

@@ -11,7 +11,7 @@ namespace quill {
 namespace {
 
 constexpr const char* Positions[] = {
-    // Middlegames, from full to half the pieces.
+    // Middlegames, from all the pieces down to half of them.
     "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -",
     "r4rk1/1pp1qppp/p1np1n2/2b1p1B1/2B1P1b1/P1NP1N2/1PP1QPPP/R4RK1 w - -",
     "2r3k1/1p3pp1/p2bp2p/3n4/3P4/P2B1N1P/1P3PP1/2R3K1 b - -",

@@ -1,5 +1,4 @@
-// Measures whole searches of fixed positions to a fixed depth with one thread, each from an empty
-// table.
+// Whole searches of fixed positions to a fixed depth, with one thread and from an empty table.
 #include <benchmark/benchmark.h>
 
 #include "board/attacks.h"
@@ -59,7 +58,7 @@ void searchToDepth(benchmark::State& state) {
   state.counters["nodes/s"] =
       benchmark::Counter(static_cast<double>(nodes), benchmark::Counter::kIsRate);
 }
-// The search runs on a thread of the pool: real time is what counts.
+// The search runs on a thread of the pool, so real time is measured.
 BENCHMARK(searchToDepth)->DenseRange(0, 4)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

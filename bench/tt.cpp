@@ -1,5 +1,5 @@
-// Measures the transposition table: probes that hit and miss, and stores, at places spread over a
-// table much larger than the caches.
+// The transposition table: probes that hit and miss, and stores, all over a table that is much
+// larger than the caches.
 #include <benchmark/benchmark.h>
 
 #include "board/attacks.h"
@@ -30,7 +30,7 @@ struct Engine {
     move = list[0];
   }
 
-  // The board stands for position number i of a fixed pseudo-random sequence.
+  // Gives the board key number i of a fixed pseudo-random sequence.
   void be(unsigned i) { pool.board().key = (i + 1) * 0x9E3779B97F4A7C15u; }
 
   EvalTables evalTables;

@@ -1,6 +1,6 @@
-// Three numbers that change when the engine's behaviour does: the legal move trees, the evaluation
-// and the search of fixed positions. The first that moves tells which layer changed. They are equal
-// for every compiler, build type and machine: no clock, one thread, cleared tables.
+// Three numbers that change when the engine's behaviour does: for the legal move trees, the
+// evaluation and the search of fixed positions. The first one that changes tells which layer did.
+// They are equal for every compiler, build type and machine: no clock, one thread, cleared tables.
 //
 //   fingerprint               prints them
 //   fingerprint --check FILE  compares them with a file of the same form; status 1 when they differ

@@ -1,5 +1,5 @@
-// Every position of king and pawn against king, won or drawn, found by working back from the wins:
-// the measure that the evaluation's pawn races are held against.
+// Which positions of king and pawn against king are won, worked out backwards from the wins. The
+// evaluation's pawn races are measured against it.
 #pragma once
 
 #include <vector>

@@ -1,4 +1,4 @@
-// How often the evaluation's pawn race judges king and pawn against king rightly.
+// How often the evaluation's pawn race judges king and pawn against king correctly.
 #pragma once
 
 #include "board/board.h"

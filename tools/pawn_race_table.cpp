@@ -1,5 +1,5 @@
-// Prints for how many of all positions of king and pawn against king the evaluation's pawn race
-// tells win and draw right, by side to move.
+// Prints how often the evaluation's pawn race judges king and pawn against king correctly, by side
+// to move.
 #include <cstdio>
 
 #include "board/zobrist.h"

@@ -17,7 +17,7 @@ namespace quill {
 namespace {
 
 constexpr std::uint64_t MaxCount = 65535;     // of a field in the file
-constexpr std::size_t MinCapacity = 1 << 16;  // counts that are gathered before the first merge
+constexpr std::size_t MinCapacity = 1 << 16;  // counts to collect before the first merge
 constexpr std::size_t WriteBlock = 1 << 20;   // bytes
 constexpr std::uint8_t BookVersion = 1;
 
@@ -29,8 +29,8 @@ void appendBigEndian(std::string& out, std::uint64_t value, int size) {
   for (int i = size - 1; i >= 0; --i) out += static_cast<char>((value >> (8 * i)) & 0xFF);
 }
 
-// The books know only the squares of a move, and the engine reads a promotion without a letter as
-// one to a queen: another promotion must not be counted for it.
+// A book holds only the squares of a move, and the engine reads a promotion without a letter as one
+// to a queen. Other promotions must not be counted as that one.
 bool fitsInBook(Move move) { return !isPromotion(move) || promotionOf(move) == Queen; }
 
 bool isStandardVariant(const std::string& variant) {
@@ -95,7 +95,7 @@ std::optional<PgnError> BookBuilder::add(const PgnGame& game) {
     return std::nullopt;
   }
   ++gamesCounted_;
-  // Merging pays once as much has come in as was there before.
+  // Merging pays once as many counts have come in as were there before.
   if (counts_.size() + ofGame_.size() > std::max(MinCapacity, 2 * merged_)) merge();
   counts_.insert(counts_.end(), ofGame_.begin(), ofGame_.end());
   return std::nullopt;
@@ -125,9 +125,9 @@ void BookBuilder::merge() {
   merged_ = counts_.size();
 }
 
-// Appends the records of one position, its most played moves first: a reader may look at no more
-// than the first few. Too large counts are scaled down together, so that neither the moves' scores
-// nor their shares of the games change.
+// Appends the records of one position, its most played moves first, because a reader may look only
+// at the first few. Counts that are too large are scaled down together, so that neither the moves'
+// scores nor their shares of the games change.
 void BookBuilder::appendPosition(std::vector<MoveCount>::iterator first,
                                  std::vector<MoveCount>::iterator last, std::string& out) {
   std::stable_sort(first, last,
@@ -168,7 +168,7 @@ bool BookBuilder::write(const std::string& path) {
   for (auto first = counts_.begin(); first != counts_.end();) {
     const auto last = std::find_if(
         first, counts_.end(), [first](const MoveCount& count) { return count.key != first->key; });
-    // The order within a position is lost to merging afterwards, hence a fresh start.
+    // This reorders the moves of the position, so merged_ is reset below.
     appendPosition(first, last, out);
     first = last;
     if (out.size() >= WriteBlock) {

@@ -1,7 +1,7 @@
 // Turns games into a book: counts the results of every move that was played in every position.
 //
-// What is kept is one entry for each distinct move of a distinct position, so memory grows with
-// those and not with the games.
+// There is one entry for each move of a position, so memory grows with the moves that differ, not
+// with the number of games.
 #pragma once
 
 #include <cstdint>
@@ -22,13 +22,13 @@ struct BookOptions {
 
 class BookBuilder {
  public:
-  // The longest games that a Board's stacks hold with room to spare.
+  // The most moves of a game that fit on a Board's stacks, with some room to spare.
   static constexpr int MaxMaxPly = 1000;
 
   explicit BookBuilder(const BookOptions& options);
 
   // Plays the game and counts its moves. A game without a known result is played but not counted.
-  // On failure: the reason why the game can't be used; nothing of it is counted.
+  // On failure: why the game can't be used; none of its moves is counted.
   std::optional<PgnError> add(const PgnGame& game);
 
   // Writes the book; the file appears under its name only when it is complete.
@@ -42,7 +42,7 @@ class BookBuilder {
   std::uint64_t movesWritten() const { return movesWritten_; }
 
  private:
-  // A move of a position with what came of it, from the view of the side that played it.
+  // A move of a position and its results, from the view of the side that played it.
   struct MoveCount {
     std::uint64_t key;
     std::uint64_t eloSum;  // over the rated games
@@ -69,7 +69,7 @@ class BookBuilder {
   Board start_;
   Board board_;
   std::vector<MoveCount> ofGame_;  // of the game being played
-  // Sorted by position and move up to merged_; what was counted since follows.
+  // The first merged_ are sorted by position and move; those counted since follow.
   std::vector<MoveCount> counts_;
   std::size_t merged_ = 0;
   std::uint64_t gamesCounted_ = 0;

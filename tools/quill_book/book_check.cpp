@@ -34,8 +34,8 @@ class BookChecker {
     std::fprintf(messages_, "%s: %s\n", path_.c_str(), reason.c_str());
   }
 
-  // Reads record by record up to the first fault. The engine searches the file by halves, so one
-  // record out of order can hide any number of others.
+  // Reads record by record up to the first fault. The engine uses binary search, so one record out
+  // of order can hide any number of others.
   void checkRecords() {
     const BookHeader& header = book_.header();
     std::ifstream file(path_, std::ios::binary);
@@ -57,7 +57,7 @@ class BookChecker {
     return file.gcount() == static_cast<std::streamsize>(record.size());
   }
 
-  // What is wrong with the record, empty when nothing is. Takes note of its key and move.
+  // What is wrong with the record, empty if nothing is. Notes its key and move.
   std::string faultOf(const std::vector<unsigned char>& record) {
     std::uint64_t key = 0;
     for (int i = 0; i < 8; ++i) key = (key << 8) | record[i];
@@ -79,7 +79,7 @@ class BookChecker {
     return {};
   }
 
-  // Visits every position that the book's moves lead to from the start position.
+  // Visits every position that the book's moves reach from the start position.
   void walk() {
     Board board;
     setFen(board, StartPosition);
@@ -120,7 +120,7 @@ class BookChecker {
   BookReport report_;
   std::uint64_t lastKey_ = 0;
   std::size_t lastMove_ = 0;
-  std::bitset<128 * 128> moves_;  // of the current position so far, by origin and destination
+  std::bitset<128 * 128> moves_;  // seen in the current position, by origin and destination
 };
 
 }  // namespace

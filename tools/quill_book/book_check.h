@@ -17,9 +17,8 @@ struct BookReport {
   bool isSound() const { return faults == 0; }
 };
 
-// Reads the whole file, then walks through the book from the start position. Every fault costs one
-// line to messages; after a fault in the records no walk follows, and the walk ends after
-// MaxFaults.
+// Reads the whole file, then walks through the book from the start position. Each fault is reported
+// to messages in one line. A fault in the records ends the check; the walk ends after MaxFaults.
 BookReport checkBook(const std::string& path, std::FILE* messages);
 
 inline constexpr std::uint64_t MaxFaults = 10;

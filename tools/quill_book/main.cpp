@@ -53,7 +53,7 @@ bool readNumber(const std::string& text, std::uint64_t least, std::uint64_t most
          value <= most;
 }
 
-// What is wrong with the arguments, empty when nothing is.
+// What is wrong with the arguments, empty if nothing is.
 std::string readArguments(const std::vector<std::string>& words, Arguments& arguments) {
   for (std::size_t i = 0; i < words.size(); ++i) {
     const std::string& word = words[i];
@@ -85,7 +85,7 @@ std::string readArguments(const std::vector<std::string>& words, Arguments& argu
   return {};
 }
 
-// A line on standard error that is written over as the work goes on; nothing when nobody watches.
+// A line on standard error that is rewritten as the work goes on, if standard error is a terminal.
 class Progress {
  public:
   void show(const std::string& file, std::uint64_t games, std::uint64_t bytes) {
@@ -105,8 +105,8 @@ class Progress {
   bool shown_ = false;
 };
 
-// Counts the games of one file; the number of those that could not be used is added to skipped.
-// On failure: false after one line, when the file can't be read.
+// Counts the games of one file and adds the number of those that can't be used to skipped.
+// On failure: false, with one line on standard error, when the file can't be read.
 bool addFile(const std::string& path, BookBuilder& builder, int maxPly, std::uint64_t& skipped) {
   std::ifstream file(path, std::ios::binary);
   PgnReader reader(file, maxPly);
@@ -122,7 +122,7 @@ bool addFile(const std::string& path, BookBuilder& builder, int maxPly, std::uin
     }
   }
   progress.clear();
-  // Reading stops at the end of the file; anything else is an error of the file.
+  // Reading stops at the end of the file; if it stopped elsewhere, the file has an error.
   if (file.eof()) return true;
   std::fprintf(stderr, "%s: can't be read\n", path.c_str());
   return false;

@@ -8,14 +8,14 @@ namespace quill {
 
 namespace {
 
-constexpr std::size_t MaxValueLength = 255;  // of a tag; no tag that is read needs more
-constexpr std::size_t MaxWordLength = 31;    // longer ones are no moves anyway
+constexpr std::size_t MaxValueLength = 255;  // of a tag; no tag that is used needs more
+constexpr std::size_t MaxWordLength = 31;    // longer words can't be moves
 constexpr std::size_t MaxMoveLength = 15;
 
 bool isBlank(int c) { return c == ' ' || c == '\t' || c == '\v' || c == '\f'; }
 bool isDigit(int c) { return c >= '0' && c <= '9'; }
 
-// Characters that end a word, since they mean something by themselves.
+// Characters that end a word because they mean something by themselves.
 bool endsWord(int c) {
   return c == TextSource::End || c == '\n' || isBlank(c) ||
          std::string_view("{}()[];$*").find(static_cast<char>(c)) != std::string_view::npos;
@@ -28,7 +28,7 @@ std::optional<GameResult> resultOf(std::string_view word) {
   return std::nullopt;
 }
 
-// "12.", "12...", "12.e4": what stands behind the number.
+// "12.", "12...", "12.e4": what follows the number.
 std::string_view withoutMoveNumber(std::string_view word) {
   const std::size_t digits = std::min(word.find_first_not_of("0123456789"), word.size());
   if (digits > 0 && digits < word.size() && word[digits] != '.') return word;
@@ -69,7 +69,7 @@ bool PgnReader::next(PgnGame& game) {
     const bool hasTags = source_.peek() == '[';
     if (hasTags) readTags();
     readMoveText();
-    // Between games stand stray results and remarks that are no games.
+    // Stray results and remarks between games are not games.
     if (hasTags || !game.moves.empty() || game.error) return true;
   }
   return false;
@@ -100,8 +100,8 @@ void PgnReader::readTags() {
   }
 }
 
-// Reads [Name "value"]. The value ends at a quote with a bracket behind it, so that quotes inside
-// it do no harm, or at the end of the line.
+// Reads [Name "value"]. The value ends at a quote that a bracket follows, so that quotes inside it
+// do no harm, or at the end of the line.
 void PgnReader::readTag() {
   source_.get();
   std::string name;
@@ -114,7 +114,7 @@ void PgnReader::readTag() {
   }
   bool quoted = source_.peek() == '"';
   if (quoted) source_.get();
-  bool afterQuote = false;  // a quote and only blanks stand before
+  bool afterQuote = false;  // only blanks since the last quote
   std::size_t length = 0;   // of the value up to the last quote
   while (source_.peek() != '\n' && source_.peek() != TextSource::End) {
     int c = source_.get();
@@ -177,8 +177,7 @@ bool PgnReader::readItem() {
   return true;
 }
 
-// A tag inside a comment or variation: whoever opened it forgot to close it, and the next game
-// begins.
+// A tag inside a comment or variation: that was never closed, and the next game begins.
 bool PgnReader::atForeignTag() { return source_.atLineStart() && source_.startsWith("[Event \""); }
 
 void PgnReader::skipComment() {
@@ -223,7 +222,7 @@ std::string PgnReader::takeWord() {
   return word;
 }
 
-// True when the word is the result that ends the game.
+// Returns whether the word is the result that ends the game.
 bool PgnReader::useWord(std::string word, std::uint64_t line) {
   if (const auto result = resultOf(word)) {
     game_->result = *result;
@@ -243,7 +242,7 @@ bool PgnReader::useWord(std::string word, std::uint64_t line) {
     fail(line, "not a move: " + printable(word));
   } else if (static_cast<int>(game_->moves.size()) < maxPly_) {
     game_->moves.push_back({line, std::string(text)});
-    // Castling is written with zeros by some; the engine's letters are meant.
+    // Some programs write castling with zeros; the engine reads letters.
     std::string& move = game_->moves.back().text;
     if (move.starts_with("0-0")) std::replace(move.begin(), move.end(), '0', 'O');
   }

@@ -1,9 +1,8 @@
 // Reads chess games from PGN text as it is found in the wild.
 //
-// The reader knows the grammar, not the rules of chess: a game is what its tags say and a list of
-// move texts. Comments, variations, numeric glyphs and evaluation marks are skipped. Whatever
-// stands in the file, reading goes on with the next game. Memory does not depend on the size of the
-// file.
+// The reader knows the grammar, not the rules of chess: a game is its tags and a list of move
+// texts. Comments, variations, numeric glyphs and evaluation marks are skipped. Whatever is wrong
+// in a game, reading goes on with the next one. Memory does not depend on the size of the file.
 #pragma once
 
 #include <cstdint>
@@ -67,10 +66,10 @@ class PgnReader {
   TextSource source_;
   int maxPly_;
   PgnGame* game_ = nullptr;  // the one being read
-  bool sawEvent_ = false;    // its tags began with the event's
+  bool sawEvent_ = false;    // its Event tag was read
 };
 
-// The text with everything but printable ASCII replaced, short enough for a message.
+// The text shortened for a message, with "?" for all that is not printable ASCII.
 std::string printable(const std::string& text);
 
 }  // namespace quill

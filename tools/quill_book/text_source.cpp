@@ -12,7 +12,7 @@ constexpr std::size_t BlockSize = 1 << 16;
 }  // namespace
 
 TextSource::TextSource(std::istream& in) : in_(in), buffer_(BlockSize + MaxLookAhead) {
-  // The mark that some programs write in front of UTF-8 text.
+  // The byte order mark that some programs write before UTF-8 text.
   if (startsWith("\xEF\xBB\xBF")) next_ += 3;
 }
 

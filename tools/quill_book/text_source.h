@@ -1,5 +1,5 @@
-// The characters of a text stream one by one, with their line numbers, whatever the size of the
-// stream and however its lines end.
+// The characters of a text stream one by one, with their line numbers, for streams of any size and
+// lines with any kind of end.
 #pragma once
 
 #include <cstdint>
@@ -16,21 +16,21 @@ class TextSource {
   // The stream must outlive the source.
   explicit TextSource(std::istream& in);
 
-  // The next character, 0..255, or End. A carriage return, with a line feed behind it or not, reads
-  // as a line feed.
+  // The next character, 0..255, or End. A carriage return, alone or with a line feed after it,
+  // reads as a line feed.
   int peek();
   int get();
 
-  // The text that follows is this one. Requires: a text of at most MaxLookAhead characters.
+  // Whether this text comes next. Requires: a text of at most MaxLookAhead characters.
   bool startsWith(std::string_view text);
 
   void skipLine();
 
   // Line of the next character, counted from 1.
   std::uint64_t line() const { return line_; }
-  // The next character is the first of its line.
+  // Whether the next character is the first of its line.
   bool atLineStart() const { return atLineStart_; }
-  // Only blanks stand before the next character on its line.
+  // Whether only blanks come before the next character on its line.
   bool onlyBlanksBefore() const { return onlyBlanks_; }
 
   // Bytes taken so far.
@@ -39,7 +39,7 @@ class TextSource {
   static constexpr std::size_t MaxLookAhead = 32;
 
  private:
-  // Makes sure that n characters can be looked at, unless the stream ends before.
+  // Makes sure that the next n characters are in the buffer. False when the stream ends before.
   bool fill(std::size_t n);
 
   std::istream& in_;
