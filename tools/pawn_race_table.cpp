@@ -1,5 +1,4 @@
-// Prints how often the evaluation's pawn race judges king and pawn against king correctly, by side
-// to move.
+// Prints, by side to move, how often the pawn race judges king and pawn against king correctly.
 #include <cstdio>
 
 #include "board/zobrist.h"

@@ -90,9 +90,8 @@ inline constexpr const auto& frontSpan = detail::attackStore.frontSpan;
 // [colour][square]: the squares ahead on the file and both adjacent files, without the last rank.
 inline constexpr const auto& passedSpan = detail::attackStore.passedSpan;
 
-// [colour][square]: the squares from which a king (a knight) of the other colour still catches a
-// pawn of the colour that stands on the square. Empty on ranks 1 and 8. For the pawn races of the
-// evaluation.
+// [colour][square]: the squares from which an enemy king (knight) still catches a pawn of the
+// colour that stands on the square. Empty on ranks 1 and 8. For the pawn races of the evaluation.
 inline constexpr const auto& pawnCone = detail::attackStore.pawnCone;
 inline constexpr const auto& pawnKnightCone = detail::attackStore.pawnKnightCone;
 

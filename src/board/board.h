@@ -72,8 +72,8 @@ struct UndoInfo {
   // so that it can't step back along a slider's line. Valid after updateAttackInfo.
   Bitboard enemyAttacks;
   // blockers[c]: the pieces of either colour that stand alone between c's king and an enemy slider
-  // on a common line: c's pinned pieces and the enemy's candidates for a discovered check. Valid
-  // after updateAttackInfo.
+  // on a common line: c's pinned pieces and the enemy's discovered-check candidates. They are valid
+  // after updateAttackInfo, too.
   std::array<Bitboard, 2> blockers;
   // The ply of the last capture, pawn move or null move; ply - lastIrreversible is the fifty-move
   // count. Negative only after rebaseStacks has cut a quiet stretch that is longer than it keeps.

@@ -83,8 +83,7 @@ class FenReader {
     return true;
   }
 
-  // False when no piece has this letter, the rank is full, or a pawn would stand on the first or
-  // last rank.
+  // False when no piece has this letter, the rank is full, or a pawn can't stand there.
   bool addPiece(char letter, int file, int rank) {
     const char* const white = std::strchr(PieceLetters + 1, letter);
     const char* const black = std::strchr(BlackPieceLetters + 1, letter);

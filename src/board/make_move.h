@@ -22,8 +22,7 @@ void unmakeMove(Board& board, Move move, const UndoInfo& undo);
 std::uint64_t keyAfter(const Board& board, Move move);
 
 // Passes the turn, which counts as irreversible. The attack information is stale afterwards.
-// Requires: ply < StackSize - 1; the side to move is not in check (the console's "%" may pass in
-// check nevertheless).
+// Requires: ply < StackSize - 1; not in check, though the console's "%" may pass in check.
 void makeNullMove(Board& board);
 void unmakeNullMove(Board& board, const UndoInfo& undo);
 

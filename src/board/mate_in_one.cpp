@@ -81,8 +81,8 @@ bool isQueenContactMate(const Scene& scene, Square queen, Square to) {
   }
   if ((diagonal & scene.defenderSliders(Bishop)) != 0) return false;
   if ((straight & scene.defenderSliders(Rook)) != 0) return false;
-  // What the queen attacks from her old square may be lost; from the new one she looks through the
-  // king's square.
+  // What the queen attacks from her old square may be lost; on the new one she looks through the
+  // square that the king leaves.
   const Bitboard taken = (scene.attacked & ~queenLines[queen]) | scene.defender.bb[0] |
                          bishopLines[to] | rookAttacks(to, occupancy & ~bit(scene.king));
   return (scene.zone & ~taken) == 0;

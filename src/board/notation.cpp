@@ -11,8 +11,7 @@ namespace quill {
 
 namespace {
 
-// A move from elsewhere than the generators may hold any byte as a square; the texts take its low
-// six bits.
+// A move that no generator made may hold any byte as a square; the texts use its low six bits.
 Square fromSquare(Move move) { return fromOf(move) & 63; }
 Square toSquare(Move move) { return toOf(move) & 63; }
 

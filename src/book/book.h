@@ -1,9 +1,8 @@
 // The opening book: a file of fixed-size records, sorted by position key, that stays on disk.
 //
-// A look-up is a binary search in the file that reads only the records of one position, so memory
-// use does not depend on the size of the book. The key of a position comes from its FEN text and a
-// fixed table (book_keys.h), not from the engine's Zobrist keys. docs/book_format.md describes the
-// file.
+// A look-up is a binary search in the file that keeps only the records of one position, so memory
+// use does not depend on the size of the book. The key of a position comes from its FEN text and
+// the table in book_keys.h, not from the Zobrist keys. docs/book_format.md describes the file.
 //
 // Threads: the input thread only, since every look-up moves the file position.
 #pragma once

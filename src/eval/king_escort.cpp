@@ -77,8 +77,7 @@ class EscortFlood {
     return rankOf(escort_.pawn) < 4 ? next << 8 : next | (next << 8);
   }
 
-  // For each square of the enemy king, the own-king squares that are in the sets of all its
-  // neighbours.
+  // For each square of the enemy king, the own-king squares common to all its neighbours' sets.
   static KingSets commonToNeighbours(const KingSets& sets) {
     KingSets beside;
     KingSets row;

@@ -39,8 +39,7 @@ class Runner {
     }
   }
 
-  // Moves of the fastest pawn that runs alone, else of two pawns that one king can't stop, else
-  // NoRace.
+  // Moves of the fastest pawn that runs alone, else of two that one king can't stop, else NoRace.
   int moves() const {
     // Bishops, rooks and queens can stop a pawn in more ways than this looks at.
     if ((enemy_.bb[Bishop] | enemy_.bb[Rook] | enemy_.bb[Queen]) != 0) return NoRace;

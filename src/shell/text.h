@@ -10,8 +10,8 @@ namespace quill {
 
 // A byte string whose copies share one heap block until one of them is appended to. A default
 // string has no block and reads as "". Lengths are signed 32-bit numbers.
-// On failure: when memory runs out, "malloc failed" or "realloc failed" on standard output, and the
-// program aborts.
+// On failure: without memory, the program writes "malloc failed" or "realloc failed" to standard
+// output and aborts.
 class EngineString {
  public:
   EngineString() = default;
