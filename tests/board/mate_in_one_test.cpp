@@ -89,8 +89,7 @@ TEST(MateInOne, PawnsAndKnightsInterposeByTheirOwnRules) {
   // A pawn steps in beside its king, on a rank and on a diagonal.
   EXPECT_EQ(mateAgainst(Black, "2r4Q/8/8/4P3/8/3K4/4p3/3k4 w - -"), "");
   EXPECT_EQ(mateAgainst(Black, "8/1Q4b1/6K1/1P1r1B2/4Q3/6p1/7Q/5k2 w - -"), "");
-  // On a diagonal one knight is no parry, unless it stands beside its king or shields the other
-  // one.
+  // On a diagonal one knight is no parry, unless it stands beside its king or shields the enemy's.
   EXPECT_EQ(mateAgainst(Black, "8/8/8/7K/8/6B1/p3n3/kb6 w - -"), "g3e5");
   EXPECT_EQ(mateAgainst(Black, "8/8/8/7K/8/6B1/p3n3/kb1b4 w - -"), "");
   EXPECT_EQ(mateAgainst(Black, "4Q3/4K3/8/8/1Q5B/8/n2p1P2/k7 w - -"), "");

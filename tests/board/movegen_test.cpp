@@ -143,8 +143,7 @@ TEST(MoveGen, GeneratorsAgreeWithTheSlowRules) {
   }
 }
 
-// A legal move, or a move in a legal one's clothes: some bits changed, or taken from another
-// position.
+// A legal move, or one that looks legal: some bits are changed, or it is from another position.
 Move doubtfulMove(RandomPositions& positions, const std::vector<Move>& legal, Move earlier) {
   const Move base =
       legal.empty() ? earlier : legal[positions.below(static_cast<std::uint32_t>(legal.size()))];

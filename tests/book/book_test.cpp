@@ -95,8 +95,7 @@ TEST(BookKey, PlacementThatRunsOffTheBoardIsRefusedWithOneLine) {
   EXPECT_TRUE(Book::bookKey(""));
 }
 
-// The writer names the pawn's own square in the en-passant field, other programs the square behind
-// it.
+// The en-passant field names the pawn's own square here, the square behind it in other programs.
 TEST(BookKey, EngineFenAndForeignFenOfReferencePositionsAgree) {
   for (const auto& position : test::referencePositions()) {
     const std::string fen = position.at("fen");

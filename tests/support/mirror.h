@@ -6,12 +6,12 @@
 
 namespace quill::test {
 
-// The board turned top to bottom, the colours and the side to move exchanged; stacks empty, attack
-// information valid.
+// The board turned upside down, with the colours and the side to move exchanged. The stacks are
+// empty, the attack information is valid.
 Board mirrored(const Board& board);
 
-// A legal position of two kings and up to four more men, anywhere; stacks empty, attack information
-// valid.
+// A legal position of two kings and up to four more men, anywhere on the board. The stacks are
+// empty, the attack information is valid.
 Board sparsePosition(RandomPositions& random);
 
 }  // namespace quill::test

@@ -17,8 +17,7 @@ inline constexpr int PropertyPositions = 10'000;
 #endif
 
 // Plays random legal moves from each of the varied positions in turn, forever. The same seed gives
-// the same positions on every machine; it is written to standard output, where a failing test shows
-// it.
+// the same positions on every machine; it is printed, so that a failing test shows it.
 class RandomPositions {
  public:
   explicit RandomPositions(std::uint64_t seed);

@@ -1,5 +1,4 @@
-// The three hundred reference positions: values that an independent writing of the same rules
-// gives.
+// Three hundred reference positions, with the values of an independent writing of the same rules.
 #pragma once
 
 #include <nlohmann/json.hpp>
