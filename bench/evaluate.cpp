@@ -1,5 +1,5 @@
 // The evaluation of fixed positions: everything computed, with the pawns known, and from the cache.
-#include "eval/evaluator.h"
+#include "eval/evaluate.h"
 
 #include <benchmark/benchmark.h>
 

@@ -19,7 +19,7 @@
 #include "board/movegen.h"
 #include "board/perft.h"
 #include "board/zobrist.h"
-#include "eval/evaluator.h"
+#include "eval/evaluate.h"
 #include "search/tt.h"
 #include "shell/log.h"
 #include "smp/thread_pool.h"

@@ -2,7 +2,8 @@
 #pragma once
 
 #include "board/board.h"
-#include "eval/evaluator.h"
+#include "eval/evaluate.h"
+#include "eval/pawns.h"
 #include "eval/pawn_race.h"
 #include "pawn_ending_table.h"
 

@@ -1,7 +1,4 @@
-// The static evaluation of a position, and the state that each search thread keeps for it.
-//
-// The terms are summed from White's view, and the sum is turned to the side to move at the end.
-// Most terms have an opening and an endgame value, blended by the opponent's remaining material.
+// The state that each search thread keeps for the static evaluation.
 //
 // Threads: an Evaluator belongs to one thread; only its EvalTables are shared, and read-only.
 #pragma once
@@ -10,14 +7,11 @@
 #include <cstdint>
 
 #include "board/board.h"
-#include "eval/pawns.h"
+#include "eval/pawn_hash.h"
 #include "eval/weights.h"
 #include "platform/prefetch.h"
 
 namespace quill {
-
-// Results of evaluate stay within +-MaxEvaluation, so that none can be taken for a mate score.
-inline constexpr int MaxEvaluation = 9999;
 
 // Results by position. Neither the fifty-move count nor the weights are part of the key.
 struct EvalCache {
@@ -49,10 +43,6 @@ struct Evaluator {
   std::array<int, 2> shelter{};
   EvalCache evalCache;
 };
-
-// The value of the board in centipawns, side to move's view, within +-MaxEvaluation.
-// Requires: valid attack information.
-int evaluate(Evaluator& evaluator);
 
 // Empties the cache and the pawn hash.
 void clearEvaluator(Evaluator& evaluator);

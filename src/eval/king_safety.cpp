@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "eval/evaluator.h"
+#include "eval/pawns.h"
 
 namespace quill {
 

@@ -3,7 +3,6 @@
 
 #include "board/attacks.h"
 #include "board/board.h"
-#include "eval/pieces.h"
 
 namespace quill {
 
@@ -21,6 +20,16 @@ inline Bitboard kingZone(Square king) {
   const Square front = kingFront(king);
   return kingAttacks[front] | bit(front);
 }
+
+// The pieces of one colour that reach the enemy king's zone. It stays empty for a colour with no
+// more than AttackerPoints material points.
+struct AttackRecord {
+  int count = 0;   // pieces whose safe attacks meet the zone
+  int weight = 0;  // by kind of piece and number of squares
+};
+
+// A colour with no more material points than this has no attack on the enemy king.
+inline constexpr int AttackerPoints = 12;
 
 // The king's value, that colour's view, centipawns; leaves its shelter in Evaluator::shelter.
 // Requires: Evaluator::pawnEntry is the board's.

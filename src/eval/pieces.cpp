@@ -4,7 +4,6 @@
 
 #include "board/attacks.h"
 #include "eval/evaluator.h"
-#include "eval/king_safety.h"
 
 namespace quill {
 

@@ -2,21 +2,12 @@
 #pragma once
 
 #include "board/board.h"
+#include "eval/king_safety.h"
 #include "eval/score_pair.h"
 
 namespace quill {
 
 struct Evaluator;
-
-// The pieces of one colour that reach the enemy king's zone. It stays empty for a colour with no
-// more than AttackerPoints material points.
-struct AttackRecord {
-  int count = 0;   // pieces whose safe attacks meet the zone
-  int weight = 0;  // by kind of piece and number of squares
-};
-
-// A colour with no more material points than this has no attack on the enemy king.
-inline constexpr int AttackerPoints = 12;
 
 // The parts of one colour's piece terms, that colour's view, centipawns.
 struct PieceSums {

@@ -8,7 +8,7 @@
 
 #include "board/board.h"
 #include "board/make_move.h"
-#include "eval/evaluator.h"
+#include "eval/evaluate.h"
 #include "search/node_params.h"
 #include "search/params.h"
 #include "search/tt.h"

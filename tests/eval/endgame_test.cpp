@@ -3,8 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "eval/evaluator.h"
+#include "eval/evaluate.h"
 #include "eval/pawn_race.h"
+#include "eval/pawns.h"
 #include "support/mirror.h"
 #include "support/play.h"
 

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "board/fen.h"
-#include "eval/evaluator.h"
+#include "eval/evaluate.h"
 #include "eval/see.h"
 #include "support/mirror.h"
 #include "support/random_positions.h"

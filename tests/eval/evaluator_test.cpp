@@ -1,4 +1,5 @@
-#include "eval/evaluator.h"
+#include "eval/evaluate.h"
+#include "eval/pawns.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "eval/evaluate.h"
 #include "search/params.h"
 #include "support/play.h"
 #include "support/positions.h"

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "board/movegen.h"
+#include "eval/evaluate.h"
 #include "search/draw.h"
 #include "search/line_walk.h"
 #include "support/mates.h"
