@@ -1,59 +1,76 @@
-# The flags that every target of the project shares, and the helpers that
-# declare a library, a test program or a benchmark from the files of one folder.
+# The flags that all targets share, and the functions that declare the targets.
 
 find_package(Threads REQUIRED)
 
 add_library(quill_flags INTERFACE)
 target_include_directories(quill_flags INTERFACE ${PROJECT_SOURCE_DIR}/src)
-# SSE2 is part of x86-64; POPCNT is the one instruction asked for beyond it.
-# Nothing newer is assumed, so that a binary runs on any such processor.
+# SSE2 is part of x86-64. POPCNT is the only instruction used beyond that, so that the program runs
+# on any processor that has it.
 target_compile_options(quill_flags INTERFACE
-  -mpopcnt
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror
-  $<$<CONFIG:Release>:-O3 -fno-plt>)
+  -mpopcnt -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
 target_link_libraries(quill_flags INTERFACE Threads::Threads)
 if(QUILL_SANITIZE)
   target_compile_options(quill_flags INTERFACE
-    -fsanitize=${QUILL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+    -fsanitize=${QUILL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(quill_flags INTERFACE -fsanitize=${QUILL_SANITIZE})
 endif()
 
-# quill_library(name [dependency ...]): a static library of all sources in this folder.
+# quill_library(NAME SOURCES file... [LINK library...]): a library of the engine. A file can be a
+# pattern, such as board/*.cpp.
 function(quill_library name)
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
-  if(NOT sources)
-    add_library(${name} INTERFACE)
-    target_link_libraries(${name} INTERFACE quill_flags ${ARGN})
-    return()
-  endif()
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
+  file(GLOB sources CONFIGURE_DEPENDS ${arg_SOURCES})
   add_library(${name} STATIC ${sources})
-  set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
   target_compile_options(${name} PRIVATE -fno-exceptions)
-  target_link_libraries(${name} PUBLIC quill_flags ${ARGN})
+  target_link_libraries(${name} PUBLIC quill_flags ${arg_LINK})
 endfunction()
 
-# quill_tests(folder library ...): one test program for tests/<folder>, each of
-# its tests known to ctest; suites whose name ends in "Slow" carry the label slow.
+# quill_tests(FOLDER library...): the program FOLDER_tests, made from the files of tests/FOLDER.
+# ctest runs its tests one by one; those of a suite whose name ends in "Slow" have the label slow.
 function(quill_tests folder)
-  file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/${folder}/*.cpp)
-  if(NOT sources)
-    return()
-  endif()
+  file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp)
   set(program ${folder}_tests)
   add_executable(${program} ${sources})
+  # Compiling the tests takes most of a build. The code that they test is in the libraries, which
+  # are fully optimised.
+  target_compile_options(${program} PRIVATE $<$<CONFIG:Release>:-O1>)
   target_link_libraries(${program} PRIVATE quill_test_support ${ARGN})
-  gtest_discover_tests(${program} DISCOVERY_MODE PRE_TEST
+  gtest_discover_tests(${program} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
     TEST_FILTER "-*Slow.*" PROPERTIES TIMEOUT 600)
-  gtest_discover_tests(${program} DISCOVERY_MODE PRE_TEST
-    TEST_LIST ${program}_slow TEST_FILTER "*Slow.*" PROPERTIES LABELS slow TIMEOUT 1800)
+  gtest_discover_tests(${program} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    TEST_FILTER "*Slow.*" TEST_LIST ${program}_slow PROPERTIES LABELS slow TIMEOUT 1800)
 endfunction()
 
-# quill_benchmark(name library ...): bench/<name>.cpp, run briefly by ctest as a smoke test.
+# quill_benchmark(NAME library...): the program bench_NAME, made from bench/NAME.cpp. ctest runs it
+# for a moment, to see that it works.
 function(quill_benchmark name)
-  add_executable(bench_${name} ${name}.cpp)
-  target_link_libraries(bench_${name} PRIVATE quill_flags ${ARGN} benchmark::benchmark benchmark::benchmark_main)
-  if(QUILL_BUILD_TESTS)
-    add_test(NAME bench_${name}_smoke COMMAND bench_${name} --benchmark_min_time=0.001)
-    set_tests_properties(bench_${name}_smoke PROPERTIES LABELS bench TIMEOUT 600)
+  set(program bench_${name})
+  add_executable(${program} ${name}.cpp)
+  target_link_libraries(${program} PRIVATE quill_flags benchmark::benchmark_main ${ARGN})
+  add_test(NAME ${program}_smoke COMMAND ${program} --benchmark_min_time=0.001)
+  set_tests_properties(${program}_smoke PROPERTIES LABELS bench TIMEOUT 600)
+endfunction()
+
+# quill_can_build(RESULT WISH WHAT target...): sets RESULT to whether all the targets that WHAT
+# needs are found. Looks for their packages; a package's name is what stands before the "::". With
+# the wish AUTO a missing target is reported and nothing more; with ON it is an error.
+function(quill_can_build result wish what)
+  set(missing "")
+  foreach(target ${ARGN})
+    string(REGEX REPLACE "::.*" "" package ${target})
+    find_package(${package} QUIET)
+    if(NOT TARGET ${target})
+      list(APPEND missing ${target})
+    endif()
+  endforeach()
+  if(missing)
+    list(JOIN missing ", " missing)
+    if(NOT wish STREQUAL "AUTO")
+      message(FATAL_ERROR "${what} can't be built: ${missing} not found")
+    endif()
+    message(STATUS "${what} are left out: ${missing} not found")
+    set(${result} FALSE PARENT_SCOPE)
+  else()
+    set(${result} TRUE PARENT_SCOPE)
   endif()
 endfunction()

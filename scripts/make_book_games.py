@@ -3,7 +3,7 @@
 
   scripts/make_book_games.py lines
       Verifies data/openings.txt: legal moves, eight plies or more, no line twice.
-  scripts/make_book_games.py games --engine build/release/src/shell/quill -o data/games.pgn
+  scripts/make_book_games.py games --engine build/release/quill -o data/games.pgn
       Lets the engine play against itself from the end of each line. Interrupted, it goes on where
       the output ends. The same seed and engine give the same games.
   scripts/make_book_games.py audit FILE --engine ENGINE
