@@ -1,13 +1,13 @@
-# Shared by scripts/run and scripts/test: brings a Debian machine to where it can build.
-# Sourced, not run. Everything it says goes to standard error.
+# What the scripts share: installing packages on Debian, running commands quietly. Sourced, not run.
+# All its messages go to standard error.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 logs=$root/build/logs
 
 say() { printf '%s\n' "$*" >&2; }
 
-# quietly NAME COMMAND...: runs the command with no input and its output in build/logs/NAME.log;
-# shows the end of that log when the command fails.
+# quietly NAME COMMAND...: runs the command without input and sends its output to
+# build/logs/NAME.log; shows the end of that log when the command fails.
 quietly() {
   local log=$logs/$1.log
   shift
@@ -28,16 +28,16 @@ is_installed() {
   [ "$(dpkg-query -W -f '${Status}' "$1" 2> /dev/null)" = "install ok installed" ]
 }
 
-# install_missing PACKAGE...: installs those Debian packages that are not there. Touches nothing,
-# and needs no rights and no network, when all are.
+# install_missing PACKAGE...: installs those Debian packages that are missing. If none is, it
+# changes nothing and needs neither rights nor a network. Other systems are only told what is needed.
 install_missing() {
+  if ! command -v apt-get > /dev/null; then
+    say "not a Debian machine; this needs the equivalents of: $*"
+    return 0
+  fi
   local missing=() package
   for package; do is_installed "$package" || missing+=("$package"); done
   [ ${#missing[@]} -eq 0 ] && return 0
-  if ! command -v apt-get > /dev/null; then
-    say "not a Debian machine; install the equivalents of: ${missing[*]}"
-    return 1
-  fi
   if [ "$(id -u)" -ne 0 ] && ! command -v sudo > /dev/null; then
     say "these packages are missing, and there are no rights to install them: ${missing[*]}"
     return 1
@@ -49,6 +49,6 @@ install_missing() {
     apt-get $wait install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# The options that make cmake use ccache where there is one.
+# Makes cmake use ccache, if it is installed.
 launcher=()
 if command -v ccache > /dev/null; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache); fi
