@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that docs/map.md names every pair of sources below src/, and nothing that is not there."""
+"""Checks that docs/map.md has a line for every pair of files in src/, and for nothing else."""
 
 import pathlib
 import re

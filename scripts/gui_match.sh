@@ -3,10 +3,10 @@
 #
 #   scripts/gui_match.sh [-n GAMES] [-t MIN:SEC] [-i INC] [-o PGN] ENGINE OPPONENT
 #
-# ENGINE is a UCI program; OPPONENT is gnuchess, phalanx (which speak to xboard directly), glaurung,
-# toga2, stockfish or the path of another UCI program. Prints the score and counts illegal moves,
-# time forfeits and crashes of either side; exit status 1 when ENGINE had any, or when a game is
-# missing. Polyglot does not pass fractions of a second on as increments, but the clocks tell them.
+# ENGINE is a UCI program. OPPONENT is gnuchess or phalanx (which speak to xboard directly),
+# glaurung, toga2, stockfish or the path of another UCI program. Prints the score and counts illegal
+# moves, time forfeits and crashes of either side; the exit status is 1 if ENGINE had any, or if a
+# game is missing. Polyglot drops fractions of a second from increments, but not from clock times.
 # Needs the Debian packages xboard, polyglot, xvfb and xauth, and the opponent's.
 set -euo pipefail
 
