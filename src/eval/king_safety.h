@@ -21,11 +21,11 @@ inline Bitboard kingZone(Square king) {
   return kingAttacks[front] | bit(front);
 }
 
-// The pieces of one colour that reach the enemy king's zone. It stays empty for a colour with no
-// more than AttackerPoints material points.
+// One colour's pieces against the enemy king: knights that reach its zone, and every bishop, rook
+// and queen. It stays empty for a colour with no more than AttackerPoints material points.
 struct AttackRecord {
-  int count = 0;   // pieces whose safe attacks meet the zone
-  int weight = 0;  // by kind of piece and number of squares
+  int count = 0;   // pieces
+  int weight = 0;  // by kind of piece, and by the squares of the zone in its safe attacks
 };
 
 // A colour with no more material points than this has no attack on the enemy king.

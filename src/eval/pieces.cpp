@@ -52,20 +52,27 @@ struct PieceContext {
     enemyPawnAttacks = pawnSetAttacks(Them, enemy[Pawn] & ~board.blockers[Them]);
     ownPawnAttacks = pawnSetAttacks(Us, own[Pawn]);
     unsafe = enemyPawnAttacks & ~ownPawnAttacks;
-    zone = materialPoints(board.side[Us].material) > AttackerPoints
-               ? kingZone(board.side[Them].kingSquare)
-               : 0;
+    keepsRecord = materialPoints(board.side[Us].material) > AttackerPoints;
+    zone = kingZone(board.side[Them].kingSquare);
     const bool kingOnLast = relativeRank(Us, board.side[Them].kingSquare) == 7;
     seventh = kingOnLast ? relativeRankMask(Us, 6) : 0;
   }
 
-  // Notes a piece whose safe attacks meet the king zone: base, more for each square of the zone,
-  // and more again when it attacks none of its equals.
-  void recordAttack(Bitboard attacks, int base, int perSquare, Bitboard equals, int unopposed) {
+  // Notes a knight when its safe attacks meet the king zone: 3 for each square of it.
+  void recordKnight(Bitboard attacks) {
     const Bitboard hits = attacks & zone;
-    if (hits == 0) return;
+    if (!keepsRecord || hits == 0) return;
     attack.count += 1;
-    attack.weight += base + perSquare * count(hits) + ((attacks & equals) == 0 ? unopposed : 0);
+    attack.weight += 3 * count(hits);
+  }
+
+  // Notes a bishop, rook or queen, which counts wherever it stands: base, more for each square of
+  // the zone in its safe attacks, and more again when these hold none of its equals.
+  void recordSlider(Bitboard attacks, int base, int perSquare, Bitboard equals, int unopposed) {
+    if (!keepsRecord) return;
+    attack.count += 1;
+    attack.weight +=
+        base + perSquare * count(attacks & zone) + ((attacks & equals) == 0 ? unopposed : 0);
   }
 
   const Board& board;
@@ -75,7 +82,8 @@ struct PieceContext {
   Bitboard enemyPawnAttacks;  // of pawns that are not pinned
   Bitboard ownPawnAttacks;
   Bitboard unsafe;   // attacked by enemy pawns and by no own pawn
-  Bitboard zone;     // around the enemy king; empty when this colour is too weak to attack
+  bool keepsRecord;  // this colour is strong enough to attack the king
+  Bitboard zone;     // around the enemy king
   Bitboard seventh;  // the seventh rank while the enemy king stands behind it
   AttackRecord attack;
 };
@@ -101,7 +109,7 @@ ScorePair knightTerms(PieceContext<Us>& c) {
     const Square square = popLowest(knights);
     const Bitboard attacks = knightAttacks[square];
     const Bitboard safe = attacks & ~c.unsafe;
-    c.recordAttack(safe, 0, 3, 0, 0);
+    c.recordKnight(safe);
 
     sum += c.tables.knightSquare[tableIndex(Us, square)];
     sum += c.tables.knightMobility[count(safe & ~blocked)];
@@ -128,7 +136,7 @@ ScorePair bishopTerms(PieceContext<Us>& c) {
     const Square square = popLowest(bishops);
     const Bitboard attacks = bishopAttacks(square, occupancy);
     const Bitboard safe = attacks & ~c.unsafe;
-    c.recordAttack(safe, 0, 3, c.enemy[Bishop], 3);
+    c.recordSlider(safe, 0, 3, c.enemy[Bishop], 3);
 
     sum += c.tables.bishopSquare[tableIndex(Us, square)];
     sum += c.tables.bishopMobility[count(safe & ~blocked)];
@@ -161,7 +169,7 @@ ScorePair rookTerms(PieceContext<Us>& c) {
     const Square square = popLowest(rooks);
     const Bitboard attacks = rookAttacks(square, occupancy);
     const Bitboard safe = attacks & ~c.unsafe;
-    c.recordAttack(safe, 1, 4, c.enemy[Rook], 4);
+    c.recordSlider(safe, 1, 4, c.enemy[Rook], 4);
 
     sum += c.tables.rookMobility[count(safe & ~c.own[0])];
     if (attacks & c.enemy[Queen]) sum += RookHitsQueen;
@@ -186,7 +194,7 @@ ScorePair queenTerms(PieceContext<Us>& c) {
         (c.enemy[Bishop] & bishopLines[square]) | (c.enemy[Rook] & rookLines[square]);
     const Bitboard attacks = queenAttacks(square, occupancy & ~(soft & ~c.unsafe));
     const Bitboard safe = attacks & ~c.unsafe;
-    c.recordAttack(safe, 4, 4, c.enemy[Rook] | c.enemy[Queen], 4);
+    c.recordSlider(safe, 4, 4, c.enemy[Rook] | c.enemy[Queen], 4);
 
     sum += c.tables.queenSquare[tableIndex(Us, square)];
     sum += c.tables.queenMobility[count(safe & ~c.own[0])];

@@ -45,9 +45,9 @@ TEST_F(EvaluatorTest, CachedResultsCountButAreNotComputedAgain) {
 
 TEST_F(EvaluatorTest, BothSidesToMoveHaveTheirOwnResults) {
   board = boardOf(StartFen);
-  EXPECT_EQ(evaluate(evaluator), 8);
+  EXPECT_EQ(evaluate(evaluator), 12);
   board.stm = Black;
-  EXPECT_EQ(evaluate(evaluator), 8);
+  EXPECT_EQ(evaluate(evaluator), 12);
   board = boardOf("rnb1kbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -");
   const int white = evaluate(evaluator);
   board.stm = Black;
