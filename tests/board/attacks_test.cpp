@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "support/slow_rules.h"
@@ -9,13 +10,10 @@
 namespace quill {
 namespace {
 
-// Squares at a distance, in files and ranks.
-int fileDistance(Square a, Square b) { return std::abs(fileOf(a) - fileOf(b)); }
-int rankDistance(Square a, Square b) { return std::abs(rankOf(a) - rankOf(b)); }
-bool isDiagonal(Square a, Square b) { return fileDistance(a, b) == rankDistance(a, b); }
-bool isAligned(Square a, Square b) {
-  return fileDistance(a, b) == 0 || rankDistance(a, b) == 0 || isDiagonal(a, b);
-}
+// From one square to another, in files and ranks.
+int files(Square a, Square b) { return fileOf(b) - fileOf(a); }
+int ranks(Square a, Square b) { return rankOf(b) - rankOf(a); }
+int kingSteps(Square a, Square b) { return std::max(std::abs(files(a, b)), std::abs(ranks(a, b))); }
 
 // The squares for which a condition holds.
 template <typename Condition>
@@ -43,136 +41,81 @@ TEST(Attacks, SlidersAreRightForEverySubsetOfTheirLines) {
   }
 }
 
-TEST(Attacks, SlidersIgnoreWhatStandsOffTheirLines) {
-  for (Square square = 0; square < 64; ++square) {
-    const Bitboard elsewhere = ~queenLines[square];
-    EXPECT_EQ(queenAttacks(square, elsewhere), queenLines[square] & ~bit(square));
-    EXPECT_EQ(queenAttacks(square, ~Bitboard{0}), kingAttacks[square]);
-  }
-}
-
-TEST(Attacks, StepsAreDefinedByDistances) {
-  for (Square s = 0; s < 64; ++s) {
-    EXPECT_EQ(kingAttacks[s], squaresWhere([s](Square t) {
-                return s != t && fileDistance(s, t) < 2 && rankDistance(s, t) < 2;
-              }));
-    EXPECT_EQ(knightAttacks[s],
-              squaresWhere([s](Square t) { return fileDistance(s, t) * rankDistance(s, t) == 2; }));
-    EXPECT_EQ(twoKnightMoves[s],
-              squaresWhere([s](Square t) { return (knightAttacks[s] & knightAttacks[t]) != 0; }));
-    EXPECT_EQ(pawnAttacks[White][s], squaresWhere([s](Square t) {
-                return fileDistance(s, t) == 1 && rankOf(t) == rankOf(s) + 1;
-              }));
-    EXPECT_EQ(pawnAttacks[Black][s], squaresWhere([s](Square t) {
-                return fileDistance(s, t) == 1 && rankOf(t) == rankOf(s) - 1;
-              }));
-    EXPECT_EQ(grow(bit(s)), kingAttacks[s] | bit(s));
-    EXPECT_EQ(knightSpread(bit(s) | bit(A1)), knightAttacks[s] | knightAttacks[A1]);
-  }
-}
-
-TEST(Attacks, LinesContainTheirSquare) {
-  for (Square s = 0; s < 64; ++s) {
-    EXPECT_EQ(fileRank[s].file, squaresWhere([s](Square t) { return fileDistance(s, t) == 0; }));
-    EXPECT_EQ(fileRank[s].rank, squaresWhere([s](Square t) { return rankDistance(s, t) == 0; }));
-    EXPECT_EQ(diagonals[s].rising, squaresWhere([s](Square t) {
-                return fileOf(t) - fileOf(s) == rankOf(t) - rankOf(s);
-              }));
-    EXPECT_EQ(diagonals[s].falling, squaresWhere([s](Square t) {
-                return fileOf(t) - fileOf(s) == rankOf(s) - rankOf(t);
-              }));
-    EXPECT_EQ(rookLines[s], fileRank[s].file | fileRank[s].rank);
-    EXPECT_EQ(bishopLines[s], diagonals[s].rising | diagonals[s].falling);
-    EXPECT_EQ(queenLines[s], rookLines[s] | bishopLines[s]);
-    EXPECT_EQ(adjacentFiles[s], squaresWhere([s](Square t) { return fileDistance(s, t) == 1; }));
+TEST(Attacks, SetsHoldTheSquaresOfTheirDefinition) {
+  const struct {
+    const char* name;
+    Bitboard (*setOf)(Square s);
+    bool (*holds)(Square s, Square t);
+  } tables[] = {
+      {"king", [](Square s) { return kingAttacks[s]; },
+       [](Square s, Square t) { return kingSteps(s, t) == 1; }},
+      {"knight", [](Square s) { return knightAttacks[s]; },
+       [](Square s, Square t) { return std::abs(files(s, t) * ranks(s, t)) == 2; }},
+      {"two knight moves", [](Square s) { return twoKnightMoves[s]; },
+       [](Square s, Square t) { return (knightAttacks[s] & knightAttacks[t]) != 0; }},
+      {"white pawn", [](Square s) { return pawnAttacks[White][s]; },
+       [](Square s, Square t) { return std::abs(files(s, t)) == 1 && ranks(s, t) == 1; }},
+      {"black pawn", [](Square s) { return pawnAttacks[Black][s]; },
+       [](Square s, Square t) { return std::abs(files(s, t)) == 1 && ranks(s, t) == -1; }},
+      {"rising diagonal", [](Square s) { return diagonals[s].rising; },
+       [](Square s, Square t) { return files(s, t) == ranks(s, t); }},
+      {"falling diagonal", [](Square s) { return diagonals[s].falling; },
+       [](Square s, Square t) { return files(s, t) == -ranks(s, t); }},
+      {"white passed span", [](Square s) { return passedSpan[White][s]; },
+       [](Square s, Square t) {
+         return std::abs(files(s, t)) < 2 && ranks(s, t) > 0 && rankOf(t) != 7;
+       }},
+      {"black passed span", [](Square s) { return passedSpan[Black][s]; },
+       [](Square s, Square t) {
+         return std::abs(files(s, t)) < 2 && ranks(s, t) < 0 && rankOf(t) != 0;
+       }},
+  };
+  for (const auto& table : tables) {
+    for (Square s = 0; s < 64; ++s) {
+      EXPECT_EQ(table.setOf(s), squaresWhere([&](Square t) { return table.holds(s, t); }))
+          << table.name << " of square " << s;
+    }
   }
 }
 
 TEST(Attacks, BetweenAndLineOfEveryPair) {
   for (Square a = 0; a < 64; ++a) {
-    EXPECT_EQ(between[a][a], 0u);
-    EXPECT_EQ(line[a][a], fileRank[a].file);
     for (Square b = 0; b < 64; ++b) {
       if (a == b) continue;
-      if (!isAligned(a, b)) {
-        EXPECT_EQ(between[a][b] | line[a][b], 0u) << a << ' ' << b;
-        continue;
-      }
-      // What a queen on either square sees towards the other.
-      const Bitboard both = bit(a) | bit(b);
-      const Bitboard common = isDiagonal(a, b) ? bishopAttacks(a, both) & bishopAttacks(b, both)
-                                               : rookAttacks(a, both) & rookAttacks(b, both);
-      const Bitboard box = squaresWhere([a, b](Square t) {
-        return fileDistance(a, t) + fileDistance(t, b) == fileDistance(a, b) &&
-               rankDistance(a, t) + rankDistance(t, b) == rankDistance(a, b);
+      const bool isAligned =
+          files(a, b) == 0 || ranks(a, b) == 0 || std::abs(files(a, b)) == std::abs(ranks(a, b));
+      const Bitboard straight = squaresWhere([=](Square t) {
+        return isAligned && files(a, b) * ranks(a, t) == ranks(a, b) * files(a, t);
       });
-      EXPECT_EQ(between[a][b], common & box & ~both) << a << ' ' << b;
-      EXPECT_EQ(line[a][b], squaresWhere([a, b](Square t) {
-                  const int turn = (fileOf(b) - fileOf(a)) * (rankOf(t) - rankOf(a)) -
-                                   (rankOf(b) - rankOf(a)) * (fileOf(t) - fileOf(a));
-                  return turn == 0;  // the three squares lie on one straight line
-                }))
-          << a << ' ' << b;
+      EXPECT_EQ(line[a][b], straight) << a << ' ' << b;
+      const Bitboard inner = squaresWhere([=](Square t) {
+        return t != a && t != b && kingSteps(a, t) + kingSteps(t, b) == kingSteps(a, b);
+      });
+      EXPECT_EQ(between[a][b], straight & inner) << a << ' ' << b;
     }
   }
 }
 
-TEST(Attacks, FrontSpanReachesTheLastRankAndPassedSpanDoesNot) {
-  for (const Colour colour : {White, Black}) {
-    for (Square s = 0; s < 64; ++s) {
-      const int rank = relativeRank(colour, s);
-      const auto isAhead = [=](Square t) { return relativeRank(colour, t) > rank; };
-      const Bitboard front =
-          squaresWhere([=](Square t) { return isAhead(t) && fileDistance(s, t) == 0; });
-      EXPECT_EQ(frontSpan[colour][s], rank == 7 ? bit(s) : front);
-      EXPECT_EQ(passedSpan[colour][s], squaresWhere([=](Square t) {
-                  return isAhead(t) && fileDistance(s, t) < 2 && relativeRank(colour, t) != 7;
-                }));
-    }
-  }
-}
-
-// A king needs max(file distance, rank distance) steps. It catches a pawn when it can stand on one
-// of the squares ahead no later than the pawn, which has its own double step from the second rank.
-TEST(Attacks, KingConeHoldsTheSquaresWithinReachOfThePawnsPath) {
-  for (const Colour colour : {White, Black}) {
-    const int ahead = colour == White ? 8 : -8;
-    for (Square s = 0; s < 64; ++s) {
-      const int rank = relativeRank(colour, s);
-      if (rank == 0 || rank == 7) {
-        EXPECT_EQ(pawnCone[colour][s] | pawnKnightCone[colour][s], 0u) << s;
-        continue;
-      }
-      EXPECT_EQ(pawnCone[colour][s], squaresWhere([=](Square king) {
-                  for (int steps = 1; steps <= 7 - rank; ++steps) {
-                    const Square path = s + steps * ahead;
-                    const int time = rank == 1 ? steps - 1 : steps;
-                    const int distance =
-                        std::max(fileDistance(king, path), rankDistance(king, path));
-                    if (distance <= time) return true;
-                  }
-                  return false;
-                }))
-          << colour << ' ' << s;
-    }
-  }
-}
-
-TEST(Attacks, KnightConeHoldsTheSquaresWithinJumpsOfThePawnsPath) {
+// A king or a knight catches a pawn when it can stand on one of the squares ahead no later than the
+// pawn, which has its own double step from the second rank.
+TEST(Attacks, ConesHoldTheSquaresWithinReachOfThePawnsPath) {
   for (const Colour colour : {White, Black}) {
     const int ahead = colour == White ? 8 : -8;
     for (Square s = 0; s < 64; ++s) {
       const int rank = relativeRank(colour, s);
       if (rank == 0 || rank == 7) continue;
-      Bitboard expected = 0;
+      Bitboard ofKing = 0;
+      Bitboard ofKnight = 0;
       for (int steps = 1; steps <= 7 - rank; ++steps) {
-        Bitboard reach = bit(s + steps * ahead);
-        for (int jump = 0; jump < (rank == 1 ? steps - 1 : steps); ++jump) {
-          reach |= knightSpread(reach);
-        }
-        expected |= reach;
+        const Square path = s + steps * ahead;
+        const int time = rank == 1 ? steps - 1 : steps;
+        ofKing |= squaresWhere([=](Square king) { return kingSteps(king, path) <= time; });
+        Bitboard reach = bit(path);
+        for (int jump = 0; jump < time; ++jump) reach |= knightSpread(reach);
+        ofKnight |= reach;
       }
-      EXPECT_EQ(pawnKnightCone[colour][s], expected) << colour << ' ' << s;
+      EXPECT_EQ(pawnCone[colour][s], ofKing) << colour << ' ' << s;
+      EXPECT_EQ(pawnKnightCone[colour][s], ofKnight) << colour << ' ' << s;
     }
   }
 }

@@ -8,7 +8,6 @@
 #include "support/capture.h"
 #include "support/play.h"
 #include "support/positions.h"
-#include "support/random_positions.h"
 #include "support/reference.h"
 #include "support/slow_rules.h"
 
@@ -16,7 +15,6 @@ namespace quill {
 namespace {
 
 using test::boardOf;
-using test::describe;
 
 struct Reading {
   bool accepted;
@@ -37,50 +35,44 @@ Reading readFen(const char* text) {
   return {accepted, errors.text(), getFen(board).text()};
 }
 
-std::string fenOf(const char* text) { return readFen(text).fen; }
-
 TEST(Fen, ReferencePositionsAreReadAndWritten) {
-  for (const auto& position : test::referencePositions()) {
-    const auto fen = position["fen"].get<std::string>();
-    const Board board = boardOf(fen);
-    EXPECT_EQ(getFen(board).text(), position["getFen"].get<std::string>());
-    EXPECT_EQ(board.key, test::parseHex(position["key"])) << fen;
-    EXPECT_EQ(board.pawnKey, test::parseHex(position["pawnKey"])) << fen;
-    EXPECT_EQ(board.castling, position["castling"].get<int>()) << fen;
-    EXPECT_EQ(board.epSquare, position["epSquare"].get<int>()) << fen;
-    EXPECT_EQ(board.stm, position["stm"].get<int>()) << fen;
-    EXPECT_EQ(board.enemyAttacks, test::parseHex(position["enemyAttacks"])) << fen;
-    EXPECT_EQ(board.isInCheck(), position["check"].get<bool>()) << fen;
+  test::forEachReference([](const Board& board, const auto& reference) {
+    EXPECT_EQ(getFen(board).text(), reference["getFen"].template get<std::string>());
+    EXPECT_EQ(board.key, test::parseHex(reference["key"]));
+    EXPECT_EQ(board.pawnKey, test::parseHex(reference["pawnKey"]));
+    EXPECT_EQ(board.castling, reference["castling"]);
+    EXPECT_EQ(board.epSquare, reference["epSquare"]);
+    EXPECT_EQ(board.stm, reference["stm"]);
+    EXPECT_EQ(board.enemyAttacks, test::parseHex(reference["enemyAttacks"]));
+    EXPECT_EQ(board.isInCheck(), reference["check"]);
     for (const unsigned colour : {0u, 1u}) {
-      EXPECT_EQ(board.side[colour].material, test::parseHex(position["material"][colour])) << fen;
-      EXPECT_EQ(board.blockers[colour], test::parseHex(position["blockers"][colour])) << fen;
+      EXPECT_EQ(board.side[colour].material, test::parseHex(reference["material"][colour]));
+      EXPECT_EQ(board.blockers[colour], test::parseHex(reference["blockers"][colour]));
     }
-    EXPECT_TRUE(isConsistent(board)) << fen;
-  }
+    EXPECT_TRUE(isConsistent(board));
+  });
 }
 
-TEST(Fen, MissingAndEmptyFieldsHaveTheirDefaults) {
-  EXPECT_EQ(fenOf(StartPosition), test::StartFen);
-  EXPECT_EQ(fenOf("4k3/8/8/8/8/8/8/4K3"), "4k3/8/8/8/8/8/8/4K3 w - - 0 1");
-  EXPECT_EQ(fenOf("4k/////PPP5//4K"), "4k3/8/8/8/8/PPP5/8/4K3 w - - 0 1");
-  EXPECT_EQ(fenOf("4k/8/4K b"), "4k3/8/4K3/8/8/8/8/8 b - - 0 1");
-  EXPECT_EQ(fenOf("r3k2r/8/8/8/8/8/8/R3K2R   b   qK  "), "r3k2r/8/8/8/8/8/8/R3K2R b Kq - 0 1");
-  EXPECT_EQ(fenOf("4k3/8/8/8/4P3/8/8/4K3 b - e"), "4k3/8/8/8/4P3/8/8/4K3 b - - 0 1");
-  EXPECT_EQ(fenOf("4k3/8/8/8/8/8/8/4K3/ w - - 77 99"), "4k3/8/8/8/8/8/8/4K3 w - - 0 1");
-}
-
-TEST(Fen, EnPassantFieldNamesThePassedSquareOrThePawn) {
-  EXPECT_EQ(fenOf("4k3/8/8/8/3pP3/8/8/4K3 b - e3"), "4k3/8/8/8/3pP3/8/8/4K3 b - e4 0 1");
-  EXPECT_EQ(fenOf("4k3/8/8/8/3pP3/8/8/4K3 b - e4 0 1"), "4k3/8/8/8/3pP3/8/8/4K3 b - e4 0 1");
-  EXPECT_EQ(fenOf("4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1"), "4k3/8/8/3pP3/8/8/8/4K3 w - d5 0 1");
-  // Behind a "-" for the rights, too.
-  EXPECT_EQ(fenOf("r3k3/8/8/3pP3/8/8/8/4K3 w -d6"), "r3k3/8/8/3pP3/8/8/8/4K3 w - d5 0 1");
-  EXPECT_EQ(fenOf("r3k3/8/8/3pP3/8/8/8/4K3 w q- d6"), "r3k3/8/8/3pP3/8/8/8/4K3 w q d5 0 1");
-  for (const char* field : {"a1", "a0", "e9", "i4", "`5", "E4", "44", "e ", "0 1"}) {
-    const Reading reading = readFen(("4k3/8/8/8/3pP3/8/8/4K3 b - " + std::string(field)).c_str());
-    EXPECT_FALSE(reading.accepted) << field;
-    EXPECT_EQ(reading.errors, "setFen() invalid ep square\n") << field;
-  }
+TEST(Fen, FieldsMayBeMissingAndNameTheEnPassantPawnOrTheSquareBehindIt) {
+  const struct {
+    const char* text;
+    const char* fen;
+  } cases[] = {
+      {StartPosition, test::StartFen},
+      {"4k3/8/8/8/8/8/8/4K3", "4k3/8/8/8/8/8/8/4K3 w - - 0 1"},
+      {"4k/////PPP5//4K", "4k3/8/8/8/8/PPP5/8/4K3 w - - 0 1"},
+      {"4k/8/4K b", "4k3/8/4K3/8/8/8/8/8 b - - 0 1"},
+      {"r3k2r/8/8/8/8/8/8/R3K2R   b   qK  ", "r3k2r/8/8/8/8/8/8/R3K2R b Kq - 0 1"},
+      {"4k3/8/8/8/4P3/8/8/4K3 b - e", "4k3/8/8/8/4P3/8/8/4K3 b - - 0 1"},
+      {"4k3/8/8/8/8/8/8/4K3/ w - - 77 99", "4k3/8/8/8/8/8/8/4K3 w - - 0 1"},
+      {"4k3/8/8/8/3pP3/8/8/4K3 b - e3", "4k3/8/8/8/3pP3/8/8/4K3 b - e4 0 1"},
+      {"4k3/8/8/8/3pP3/8/8/4K3 b - e4 0 1", "4k3/8/8/8/3pP3/8/8/4K3 b - e4 0 1"},
+      {"4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1", "4k3/8/8/3pP3/8/8/8/4K3 w - d5 0 1"},
+      // Behind a "-" for the rights, too.
+      {"r3k3/8/8/3pP3/8/8/8/4K3 w -d6", "r3k3/8/8/3pP3/8/8/8/4K3 w - d5 0 1"},
+      {"r3k3/8/8/3pP3/8/8/8/4K3 w q- d6", "r3k3/8/8/3pP3/8/8/8/4K3 w q d5 0 1"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(readFen(c.text).fen, c.fen) << c.text;
 }
 
 TEST(Fen, RightsNeedKingAndRookAtHome) {
@@ -101,14 +93,12 @@ TEST(Fen, BadTextsAreRefusedWithOneLine) {
       {"4k3/8/8/8/8/8/8/3KK3 w - -", "fen: not exactly 1 king for side 0\n"},
       {"8/8/8/8/8/8/8/3K4 w - -", "fen: not exactly 1 king for side 1\n"},
       {"4k3/8/8/8/8/8/8/4K3/8 w - -", "fen too long\n"},
-      {"4k3/8/8/8/8/8/8/4K3// w - -", "fen too long\n"},
       {"4k3/x7/8/8/8/8/8/4K3 w - -", "fen: invalid input for a7: x\n"},
       {"4k3/8/3p0p2/8/8/8/8/4K3 w - -", "fen: invalid input for e6: 0\n"},
       {"4k3/8/8/9/8/8/8/4K3 w - -", "fen: invalid input for a5: 9\n"},
       {"4k3/8/8/8/8/8/8/4K3\tw - -", "fen: invalid input for i1: \t\n"},
       // Ranks of more than eight squares.
       {"rnbqkbnrr/8/8/8/8/8/8/4K3 w - -", "fen: invalid input for i8: r\n"},
-      {"4k3/8/7PP/8/8/8/8/4K3 w - -", "fen: invalid input for i6: P\n"},
       {"4k3/8/1n7P/8/8/8/8/4K3 w - -", "fen: invalid input for c6: 7\n"},
       {"4k3/81/8/8/8/8/8/4K3 w - -", "fen: invalid input for i7: 1\n"},
       // Pawns where none can stand.
@@ -118,10 +108,7 @@ TEST(Fen, BadTextsAreRefusedWithOneLine) {
       {"4k3/8/8/8/8/P7/PPPPPPPP/4K3 w - -", "fen: impossible material for side 0\n"},
       {"3qk3/q7/pppppppp/8/8/8/8/4K3 w - -", "fen: impossible material for side 1\n"},
       {"4k3/NNNNNNNN/NNN5/8/8/8/8/4K3 w - -", "fen: impossible material for side 0\n"},
-      {"qqqqkqqq/qqqqqqqq/qqqqqqqq/qqqqqqqq/8/8/8/4K3 w - -",
-       "fen: impossible material for side 1\n"},
       {"4k3/8/8/8/8/8/8/4K3 x - -", "fen: invalid stm: x\n"},
-      {"4k3/8/8/8/8/8/8/4K3 - - -", "fen: invalid stm: -\n"},
       {"4k3/8/8/8/8/8/8/4K3 w X -", "setFen(): illegal castling char: X\n"},
       {"4k3/8/8/8/8/8/8/4K3 white", "setFen(): illegal castling char: h\n"},
   };
@@ -129,6 +116,11 @@ TEST(Fen, BadTextsAreRefusedWithOneLine) {
     const Reading reading = readFen(bad.text);
     EXPECT_FALSE(reading.accepted) << bad.text;
     EXPECT_EQ(reading.errors, bad.error) << bad.text;
+  }
+  for (const char* field : {"a1", "a0", "e9", "i4", "`5", "E4", "44", "e ", "0 1"}) {
+    const Reading reading = readFen(("4k3/8/8/8/3pP3/8/8/4K3 b - " + std::string(field)).c_str());
+    EXPECT_FALSE(reading.accepted) << field;
+    EXPECT_EQ(reading.errors, "setFen() invalid ep square\n") << field;
   }
   EXPECT_FALSE(readFen(nullptr).accepted);
 }
@@ -138,30 +130,6 @@ TEST(Fen, SettingAPositionForgetsTheGame) {
   makeMove(board, makeQuiet(G1, F3));
   ASSERT_TRUE(setFen(board, test::StartFen));
   EXPECT_EQ(test::difference(board, boardOf(test::StartFen)), "");
-}
-
-TEST(Fen, CountersFollowTheGame) {
-  Board board = boardOf("4k2r/8/8/8/8/8/7p/4K3 w - - 30 40");
-  for (const Move move : {makeQuiet(E1, E2), makeQuiet(E8, E7), makeQuiet(E2, E3)}) {
-    makeMove(board, move);
-  }
-  EXPECT_STREQ(getFen(board).text(), "7r/4k3/8/8/8/4K3/7p/8 b - - 3 2");
-  makeMove(board, withPromotion(makeQuiet(H2, H1), Knight));
-  EXPECT_STREQ(getFen(board).text(), "7r/4k3/8/8/8/4K3/8/7n w - - 0 3");
-}
-
-TEST(Fen, WhatIsWrittenReadsBackAsTheSamePosition) {
-  test::RandomPositions positions(5);
-  for (int i = 0; i < test::PropertyPositions / 10; ++i) {
-    const Board& board = positions.next();
-    Board copy;
-    ASSERT_TRUE(setFen(copy, getFen(board).text())) << describe(board);
-    ASSERT_EQ(copy.squares, board.squares) << describe(board);
-    ASSERT_EQ(copy.key, board.key) << describe(board);
-    ASSERT_EQ(copy.castling, board.castling) << describe(board);
-    ASSERT_EQ(copy.epSquare, board.epSquare) << describe(board);
-    ASSERT_EQ(copy.blockers, board.blockers) << describe(board);
-  }
 }
 
 }  // namespace

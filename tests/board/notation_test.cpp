@@ -51,29 +51,23 @@ std::string parsed(const char* fen, const char* text) {
 }
 
 TEST(Notation, ReferenceMovesHaveTheirTexts) {
-  for (const auto& position : test::referencePositions()) {
-    const auto fen = position["fen"].get<std::string>();
-    Board board = boardOf(fen);
-    for (std::size_t i = 0; i < position["bits"].size(); ++i) {
-      const Move move = static_cast<Move>(test::parseHex(position["bits"][i]));
-      EXPECT_EQ(longText(board, move), position["text"][i].get<std::string>()) << fen;
-      EXPECT_EQ(sanOf(board, move), position["san"][i].get<std::string>()) << fen;
+  test::forEachReference([](Board& board, const auto& reference) {
+    std::size_t i = 0;
+    for (const Move move : test::movesIn(reference["bits"])) {
+      EXPECT_EQ(longText(board, move), reference["text"][i]);
+      EXPECT_EQ(sanOf(board, move), reference["san"][i++]);
     }
-  }
+  });
 }
 
-TEST(Notation, ThePassHasATextOfItsOwn) {
-  Board board = boardOf(CastlingFen);
+TEST(Notation, TextsOfOddMoves) {
+  Board board = boardOf(test::StartFen);
   EXPECT_EQ(longText(board, NoMove), "%");
   EXPECT_EQ(sanOf(board, NoMove), "%");
-}
-
-TEST(Notation, LongTextIsTheSameAfterTheMove) {
-  Board board = boardOf(test::StartFen);
-  const Move move = makeQuiet(G1, F3);
-  EXPECT_EQ(longText(board, move), "Ng1f3");
-  makeMove(board, move);
-  EXPECT_EQ(longText(board, move), "Ng1f3");
+  EXPECT_EQ(uciText(NoMove), "0000");
+  EXPECT_EQ(uciText(withPromotion(makeQuiet(E7, E8), Knight)), "e7e8N");
+  makeMove(board, makeQuiet(G1, F3));
+  EXPECT_EQ(longText(board, makeQuiet(G1, F3)), "Ng1f3");
 }
 
 TEST(Notation, SanTellsRivalsApartWithTheLeastText) {
@@ -90,23 +84,11 @@ TEST(Notation, SanTellsRivalsApartWithTheLeastText) {
       {"4k3/8/8/1N1N4/8/8/8/1N2K3 w - -", makeQuiet(B5, C3), "Nb5c3"},
       // A pinned rival is none.
       {"4r1k1/8/8/8/8/8/4N3/1N2K3 w - -", makeQuiet(B1, C3), "Nc3"},
-      {"4k3/8/8/2pPp3/8/8/8/4K3 w - e6", makeCapture(D5, E6, makeCode(Black, Pawn)) | EnPassantFlag,
-       "dxe6"},
-      {PawnPromotionFen, withPromotion(makeCapture(E7, D8, makeCode(Black, Rook)), Knight),
-       "exd8=N"},
   };
   for (const auto& c : cases) {
     Board board = boardOf(c.fen);
     EXPECT_EQ(sanOf(board, c.move), c.san) << c.fen;
   }
-}
-
-TEST(Notation, UciTextIsCoordinatesWithAnUpperCasePromotion) {
-  EXPECT_EQ(uciText(NoMove), "0000");
-  EXPECT_EQ(uciText(makeQuiet(E2, E4) | DoubleStepFlag), "e2e4");
-  EXPECT_EQ(uciText(makeQuiet(E1, C1) | CastlingFlag), "e1c1");
-  EXPECT_EQ(uciText(withPromotion(makeQuiet(E7, E8), Queen)), "e7e8Q");
-  EXPECT_EQ(uciText(withPromotion(makeCapture(A2, B1, 10), Knight)), "a2b1N");
 }
 
 TEST(Notation, TextsFitTheirBuffersWhateverTheMove) {
@@ -126,49 +108,36 @@ TEST(Notation, TextsFitTheirBuffersWhateverTheMove) {
 }
 
 TEST(ParseMove, AllCommonFormsMeanTheMove) {
-  for (const char* text : {"e4", "e2e4", "e2-e4", "Pe4", "e4!", "Pe2e4", "e2-e4+?!", " e4\r\n"}) {
-    EXPECT_EQ(parsed(test::StartFen, text), "e2e4") << text;
-  }
-  for (const char* text : {"Nf3", "g1f3", "Ng1f3", "Ng1-f3", "Ngf3", "N1f3", "Nf3#"}) {
-    EXPECT_EQ(parsed(test::StartFen, text), "Ng1f3") << text;
-  }
-  for (const char* text : {"e7e8", "e8", "e7e8q", "e8=Q+", "e8Q", "e7-e8=Q"}) {
-    EXPECT_EQ(parsed(PawnPromotionFen, text), "e7e8=Q") << text;
-  }
-  for (const char* text : {"e7e8n", "e8=N", "e8N", "Pe8=N", "e7e8N"}) {
-    EXPECT_EQ(parsed(PawnPromotionFen, text), "e7e8=N") << text;
-  }
-  for (const char* text : {"ed", "exd", "exd8", "e7d8q", "exd8=Q", "e7xd8"}) {
-    EXPECT_EQ(parsed(PawnPromotionFen, text), "e7xd8=Q") << text;
-  }
-}
-
-TEST(ParseMove, LowerCaseBIsABishopOnlyBehindAWholeMove) {
-  EXPECT_EQ(parsed(PawnPromotionFen, "e7e8b"), "e7e8=B");
-  EXPECT_EQ(parsed(PawnPromotionFen, "exd8b"), "e7xd8=B");
-  EXPECT_EQ(parsed(PawnPromotionFen, "e8=B"), "e7e8=B");
-  EXPECT_EQ(parsed(PawnPromotionFen, "e8b"), "%");
-  EXPECT_EQ(parsed("4k3/8/8/8/8/2p5/1P6/4K3 w - -", "bxc3"), "b2xc3");
-  EXPECT_EQ(parsed("4k3/8/8/8/8/2p5/1P6/4K3 w - -", "bc"), "b2xc3");
-}
-
-TEST(ParseMove, CastlingIsWrittenWithLettersOrTheKingsMove) {
-  for (const char* text : {"O-O", "o-o", "OO", "e1g1", "Kg1", "Ke1-g1", "O-O+"}) {
-    EXPECT_EQ(parsed(CastlingFen, text), "O-O") << text;
-  }
-  for (const char* text : {"O-O-O", "o-o-o", "e1c1", "Kc1"}) {
-    EXPECT_EQ(parsed(CastlingFen, text), "O-O-O") << text;
-  }
-  for (const char* text : {"O", "O-O-O-O", "KO-O"})
-    EXPECT_EQ(parsed(CastlingFen, text), "%") << text;
-  EXPECT_EQ(parsed("4k3/8/8/8/8/8/8/5K2 w - -", "O-O"), "%") << "the king's step is no castling";
-}
-
-TEST(ParseMove, WhatIsNoMoveGivesNone) {
+  constexpr char PawnCaptureFen[] = "4k3/8/8/8/8/2p5/1P6/4K3 w - -";
+  const struct {
+    const char* fen;
+    const char* move;
+    std::vector<const char*> texts;
+  } cases[] = {
+      {test::StartFen,
+       "e2e4",
+       {"e4", "e2e4", "e2-e4", "Pe4", "e4!", "Pe2e4", "e2-e4+?!", " e4\r\n"}},
+      {test::StartFen, "Ng1f3", {"Nf3", "g1f3", "Ng1f3", "Ng1-f3", "Ngf3", "N1f3", "Nf3#"}},
+      {KnightsFen, "Nb1d2", {"Nbd2"}},
+      {KnightsFen, "Nf3d2", {"N3d2"}},
+      {PawnPromotionFen, "e7e8=Q", {"e7e8", "e8", "e7e8q", "e8=Q+", "e8Q", "e7-e8=Q"}},
+      {PawnPromotionFen, "e7e8=N", {"e7e8n", "e8=N", "e8N", "Pe8=N", "e7e8N"}},
+      {PawnPromotionFen, "e7xd8=Q", {"ed", "exd", "exd8", "e7d8q", "exd8=Q", "e7xd8"}},
+      // A "b" is a bishop only behind a whole move.
+      {PawnPromotionFen, "e7e8=B", {"e7e8b", "e8=B"}},
+      {PawnPromotionFen, "e7xd8=B", {"exd8b"}},
+      {PawnPromotionFen, "%", {"e8b"}},
+      {PawnCaptureFen, "b2xc3", {"bxc3", "bc"}},
+      {CastlingFen, "O-O", {"O-O", "o-o", "OO", "e1g1", "Kg1", "Ke1-g1", "O-O+"}},
+      {CastlingFen, "O-O-O", {"O-O-O", "o-o-o", "e1c1", "Kc1"}},
+      {CastlingFen, "%", {"O", "O-O-O-O", "KO-O"}},
+      {"4k3/8/8/8/8/8/8/5K2 w - -", "%", {"O-O"}},  // the king's step is no castling
+      {test::StartFen, "%", {"",    "%", "%e4", "e",    "4", "N", "Nf",   "N3",   "e5",   "e2e5",
+                             "Nf6", "x", "Pe",  "e1g1", "Q", "K", "d1d2", "bxc3", "e4e2", "  "}},
+  };
   test::StreamCapture errors(stderr);
-  for (const char* text : {"",    "%", "%e4", "e",    "4", "N", "Nf",   "N3",   "e5",   "e2e5",
-                           "Nf6", "x", "Pe",  "e1g1", "Q", "K", "d1d2", "bxc3", "e4e2", "  "}) {
-    EXPECT_EQ(parsed(test::StartFen, text), "%") << text;
+  for (const auto& c : cases) {
+    for (const char* text : c.texts) EXPECT_EQ(parsed(c.fen, text), c.move) << text;
   }
   EXPECT_EQ(errors.text(), "");
   Board board;
@@ -177,19 +146,15 @@ TEST(ParseMove, WhatIsNoMoveGivesNone) {
 
 TEST(ParseMove, ForeignCharactersAndAmbiguousTextsAreReported) {
   test::StreamCapture errors(stderr);
-  EXPECT_EQ(parsed(CastlingFen, "0-0"), "%");
-  EXPECT_EQ(parsed(test::StartFen, "0000"), "%");
-  EXPECT_EQ(parsed(test::StartFen, "e9"), "%");
-  EXPECT_EQ(parsed(test::StartFen, "k\xC3"), "%");
-  EXPECT_EQ(parsed(KnightsFen, "Nd2"), "%");
+  for (const char* text : {"0-0", "0000", "e9", "k\xC3", "Nd2"}) {
+    EXPECT_EQ(parsed(KnightsFen, text), "%");
+  }
   EXPECT_EQ(errors.text(),
             "illegal char in move 0-0: 48\n"
             "illegal char in move 0000: 48\n"
             "illegal char in move e9: 57\n"
             "illegal char in move k\xC3: 195\n"
             "ambiguous move: Nb1d2 _and_ Nf3d2\n");
-  EXPECT_EQ(parsed(KnightsFen, "Nbd2"), "Nb1d2");
-  EXPECT_EQ(parsed(KnightsFen, "N3d2"), "Nf3d2");
 }
 
 TEST(ParseMove, EveryTextOfAMoveReadsBackAsTheMove) {

@@ -72,21 +72,17 @@ void exercise(Board& board, test::RandomPositions& random, int depth) {
   const Board before = board;
   ASSERT_EQ(sortedWithoutEnPassant(moves), sortedWithoutEnPassant(test::slowLegalMoves(board)))
       << describe(board);
-  for (int i = 0; i < 20; ++i) {
-    const Move base = !moves.empty() && i % 4 != 0
-                          ? moves[random.below(static_cast<std::uint32_t>(moves.size()))]
-                          : random.bits();
-    const Move move = base ^ (i % 2 == 0 ? 1u << random.below(32) : 0);
-    const bool generated =
-        std::any_of(moves.begin(), moves.end(), [move](Move m) { return isSameMove(m, move); });
-    ASSERT_EQ(isLegalMove(board, move), generated) << describe(board) << std::hex << ' ' << move;
+  std::vector<Move> doubtful = {random.bits()};
+  for (const Move move : moves) doubtful.push_back(move ^ (1u << random.below(32)));
+  for (const Move move : doubtful) {
+    ASSERT_EQ(isLegalMove(board, move), test::isOneOf(moves, move))
+        << describe(board) << std::hex << ' ' << move;
   }
-  if (!board.isInCheck()) {
-    Move captures[MaxMoves];
-    const Move* last = generateCaptures(board, captures, board.enemy().bb[0]);
-    for (const Move* move = captures; move != last; ++move) {
-      ASSERT_TRUE(isLegalMove(board, *move)) << describe(board) << std::hex << ' ' << *move;
-    }
+  Move captures[MaxMoves];
+  const Move* const last =
+      board.isInCheck() ? captures : generateCaptures(board, captures, board.enemy().bb[0]);
+  for (const Move* move = captures; move != last; ++move) {
+    ASSERT_TRUE(isLegalMove(board, *move)) << describe(board) << std::hex << ' ' << *move;
   }
   const UndoInfo undo = board;
   for (const Move move : moves) {
@@ -102,78 +98,34 @@ void exercise(Board& board, test::RandomPositions& random, int depth) {
     ASSERT_EQ(test::difference(board, before), "") << describe(board) << std::hex << ' ' << move;
   }
   char text[MoveTextSize];
-  const Move any = random.bits();
-  moveToText(board, text, any);
-  moveToSan(board, text, any);
-  parseMove(board, text);
+  moveToText(board, text, random.bits());
+  moveToSan(board, text, moves.empty() ? random.bits() : moves[0]);
+  const Move parsed = parseMove(board, text);
   if (!moves.empty()) {
-    moveToSan(board, text, moves[0]);
-    ASSERT_EQ(parseMove(board, text), moves[0]) << describe(board) << ' ' << text;
+    ASSERT_EQ(parsed, moves[0]) << describe(board) << ' ' << text;
   }
 }
 
-// Reads the text; what is accepted must survive everything.
-void tryText(const std::string& text, test::RandomPositions& random) {
-  Board board;
-  if (!setFen(board, text.c_str())) return;
+// Reads the text. True when it is accepted; then it must survive everything.
+bool tryText(const std::string& text, test::RandomPositions& random) {
+  Board board = test::boardOf(test::KiwipeteFen);
+  parseMove(board, text.c_str());
+  if (!setFen(board, text.c_str())) return false;
   exercise(board, random, 1);
   Board again;
-  ASSERT_TRUE(setFen(again, getFen(board).text())) << text;
-  ASSERT_EQ(again.key, board.key) << text;
-  ASSERT_EQ(again.squares, board.squares) << text;
-  if (random.below(50) != 0) return;
-  test::Capture capture;
-  printBoard(board, capture.stream());
-  ASSERT_NE(capture.text().find(getFen(board).text()), std::string::npos);
-}
-
-TEST(StrangePositions, ChosenOnesAreSafe) {
-  test::RandomPositions random(71);
-  const test::StreamCapture errors(stderr);
-  for (const char* fen : StrangeFens) {
-    Board board;
-    ASSERT_TRUE(setFen(board, fen)) << fen;
-    for (int i = 0; i < 50; ++i) tryText(fen, random);
+  EXPECT_TRUE(setFen(again, getFen(board).text())) << text;
+  EXPECT_EQ(again.key, board.key) << text;
+  EXPECT_EQ(again.squares, board.squares) << text;
+  if (random.below(50) == 0) {
+    test::Capture capture;
+    printBoard(board, capture.stream());
+    EXPECT_NE(capture.text().find(getFen(board).text()), std::string::npos);
   }
+  return true;
 }
 
 std::string pick(test::RandomPositions& random, const std::string& letters) {
   return letters.substr(random.below(static_cast<std::uint32_t>(letters.size())), 1);
-}
-
-TEST(StrangePositions, MutatedTextsAreReadSafely) {
-  test::RandomPositions random(72);
-  const test::StreamCapture errors(stderr);
-  const std::string letters = "KQRBNPkqrbnp/12345678 wb-abcdefgh09\t\xFFx";
-  for (int i = 0; i < test::PropertyPositions; ++i) {
-    const std::size_t chosen = random.below(std::size(test::VariedFens) + std::size(StrangeFens));
-    std::string text = chosen < std::size(test::VariedFens)
-                           ? test::VariedFens[chosen]
-                           : StrangeFens[chosen - std::size(test::VariedFens)];
-    for (std::uint32_t changes = 1 + random.below(4); changes > 0; --changes) {
-      const std::size_t at = random.below(static_cast<std::uint32_t>(text.size() + 1));
-      text.replace(at, random.below(3), random.below(3) == 0 ? "" : pick(random, letters));
-    }
-    tryText(text, random);
-    ASSERT_FALSE(HasFailure()) << text;
-  }
-}
-
-TEST(StrangePositions, TextsOfRandomLettersAreReadSafely) {
-  test::RandomPositions random(73);
-  const test::StreamCapture errors(stderr);
-  for (int i = 0; i < test::PropertyPositions; ++i) {
-    std::string text;
-    for (std::uint32_t n = random.below(80); n > 0; --n) {
-      text += random.below(8) != 0 ? pick(random, "KkPpQq/123456788//// wb-e3")
-                                   : std::string(1, static_cast<char>(1 + random.below(255)));
-    }
-    tryText(text, random);
-    Board board;
-    setFen(board, test::KiwipeteFen);
-    parseMove(board, text.c_str());
-    ASSERT_FALSE(HasFailure()) << text;
-  }
 }
 
 // Kings and men anywhere, any rights, any en-passant square.
@@ -204,16 +156,42 @@ std::string randomPlacement(test::RandomPositions& random) {
   return fen + pick(random, "abcdefgh") + pick(random, "3456345612345678");
 }
 
-TEST(StrangePositions, RandomPlacementsAreSafe) {
-  test::RandomPositions random(74);
+// What the random text is made of: nothing, a position of a game or a strange one.
+std::string randomBase(test::RandomPositions& random) {
+  switch (random.below(6)) {
+    case 0:
+      return "";
+    case 1:
+      return test::VariedFens[random.below(std::size(test::VariedFens))];
+    case 2:
+      return StrangeFens[random.below(std::size(StrangeFens))];
+    default:
+      return randomPlacement(random);
+  }
+}
+
+TEST(StrangePositions, ChosenOnesAreSafe) {
+  test::RandomPositions random(71);
+  const test::StreamCapture errors(stderr);
+  for (const char* fen : StrangeFens) {
+    for (int i = 0; i < 50; ++i) ASSERT_TRUE(tryText(fen, random)) << fen;
+  }
+}
+
+TEST(StrangePositions, RandomTextsAreReadSafely) {
+  test::RandomPositions random(72);
   const test::StreamCapture errors(stderr);
   int accepted = 0;
-  for (int i = 0; i < test::PropertyPositions; ++i) {
-    const std::string fen = randomPlacement(random);
-    Board board;
-    if (setFen(board, fen.c_str())) ++accepted;
-    tryText(fen, random);
-    ASSERT_FALSE(HasFailure()) << fen;
+  for (int i = 0; i < 2 * test::PropertyPositions; ++i) {
+    std::string text = randomBase(random);
+    for (std::uint32_t changes = random.below(6); changes > 0; --changes) {
+      const std::size_t at = random.below(static_cast<std::uint32_t>(text.size() + 1));
+      text.replace(
+          at, random.below(3),
+          random.below(3) == 0 ? "" : pick(random, "KQRBNPkqrbnp/12345678 wb-abcdefgh09\t\xFFx"));
+    }
+    if (tryText(text, random)) ++accepted;
+    ASSERT_FALSE(HasFailure()) << text;
   }
   EXPECT_GT(accepted, test::PropertyPositions / 4);
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 
 #include "board/fen.h"
@@ -37,6 +38,7 @@ void playMoves(Board& board, const std::string& texts) {
   for (std::string text; words >> text;) {
     const Move move = parseMove(board, text.c_str());
     ASSERT_NE(move, NoMove) << text << " in " << getFen(board).text();
+    rebaseStacks(board);
     makeMove(board, move);
     updateAttackInfo(board);
   }
@@ -46,6 +48,10 @@ std::vector<Move> legalMovesOf(Board& board) {
   Move list[MaxMoves];
   Move* const end = generateLegal(board, list);
   return {list, end};
+}
+
+bool isOneOf(const std::vector<Move>& moves, Move move) {
+  return std::any_of(moves.begin(), moves.end(), [move](Move m) { return isSameMove(m, move); });
 }
 
 }  // namespace quill::test

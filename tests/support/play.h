@@ -15,10 +15,14 @@ Board boardOf(const std::string& fen);
 // names another ("e7e8n"). Without such a move the test fails and the result is 0.
 Move moveOf(Board& board, const std::string& squares);
 
-// Plays moves written in any form, a blank between them. An illegal one fails the test.
+// Plays moves written in any form, a blank between them, as part of a game of any length. An
+// illegal one fails the test.
 void playMoves(Board& board, const std::string& texts);
 
 // All legal moves, in the generator's order.
 std::vector<Move> legalMovesOf(Board& board);
+
+// Whether the move is among the others, but for its mark.
+bool isOneOf(const std::vector<Move>& moves, Move move);
 
 }  // namespace quill::test

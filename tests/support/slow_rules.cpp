@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <span>
 
-#include "board/zobrist.h"
-
 namespace quill::test {
 
 namespace {
@@ -232,26 +230,6 @@ Bitboard slowSliderAttacks(int type, Square from, Bitboard occupied) {
     }
   }
   return attacks;
-}
-
-std::uint64_t slowKey(const Board& board) {
-  std::uint64_t key = 0;
-  for (Square square = 0; square < 64; ++square) {
-    if (board.squares[square] != 0) key ^= zobrist[board.squares[square] & 15][square];
-  }
-  for (int right = 0; right < 4; ++right) {
-    if ((board.castling >> right & 1) != 0) key ^= zobrist[0][8 + right];
-  }
-  return board.epSquare == 0 ? key : key ^ zobrist[0][board.epSquare % 8];
-}
-
-std::uint64_t slowPawnKey(const Board& board) {
-  std::uint64_t key = 0;
-  for (Square square = 0; square < 64; ++square) {
-    const PieceCode code = board.squares[square];
-    if (typeOf(code) == Pawn) key ^= zobrist[code & 15][square];
-  }
-  return key;
 }
 
 std::string difference(const Board& a, const Board& b) {

@@ -31,9 +31,6 @@ Bitboard slowBlockers(const Squares& squares, Colour colour);
 // What a slider of the type attacks from the square, occupied squares being those of the set.
 Bitboard slowSliderAttacks(int type, Square from, Bitboard occupied);
 
-std::uint64_t slowKey(const Board& board);
-std::uint64_t slowPawnKey(const Board& board);
-
 // The name of the first field in which the boards differ, the used parts of the stacks included;
 // empty for equal boards.
 std::string difference(const Board& a, const Board& b);
