@@ -184,12 +184,7 @@ TEST(StrangePositions, RandomTextsAreReadSafely) {
   int accepted = 0;
   for (int i = 0; i < 2 * test::PropertyPositions; ++i) {
     std::string text = randomBase(random);
-    for (std::uint32_t changes = random.below(6); changes > 0; --changes) {
-      const std::size_t at = random.below(static_cast<std::uint32_t>(text.size() + 1));
-      text.replace(
-          at, random.below(3),
-          random.below(3) == 0 ? "" : pick(random, "KQRBNPkqrbnp/12345678 wb-abcdefgh09\t\xFFx"));
-    }
+    test::damage(text, random, 5, "KQRBNPkqrbnp/12345678 wb-abcdefgh09\t");
     if (tryText(text, random)) ++accepted;
     ASSERT_FALSE(HasFailure()) << text;
   }

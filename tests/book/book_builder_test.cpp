@@ -5,33 +5,22 @@
 
 #include <cmath>
 #include <filesystem>
-#include <random>
 #include <sstream>
 
-#include "book_file.h"
 #include "quill_book/book_check.h"
+#include "support/book_file.h"
+#include "support/random_positions.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
-
-using test::bookBytes;
-using test::headerBytes;
-using test::lookupKeyOf;
-using test::recordBytes;
-using test::StartFen;
-using test::TestFolder;
 
 constexpr char AfterE4[] = "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - 0 1";
 
 // What the check says about the file, on one line for each fault.
 std::string complaintsOf(const std::string& path) {
-  test::Capture out;
+  Capture out;
   checkBook(path, out.stream());
-  std::string text = out.text();
-  for (std::size_t at = text.find(path); at != std::string::npos; at = text.find(path)) {
-    text.replace(at, path.size(), "FILE");
-  }
-  return text;
+  return out.text();
 }
 
 class BookMaking : public testing::Test {
@@ -139,8 +128,15 @@ TEST_F(BookMaking, MostPlayedMovesOfAPositionComeFirst) {
   EXPECT_EQ(held(StartFen), "c2c4/2/0/1 h2h3/2/0/0 a2a3/1/0/0 ");
 }
 
+TEST_F(BookMaking, MovesThatLeadBackEndTheWalkOfTheCheck) {
+  make("1. Nf3 Nf6 2. Ng1 Ng8 3. Nf3 1-0\n[FEN \"8/P6k/8/8/8/8/7K/8 w - - 0 1\"]\n\n1. a8=Q 1-0");
+  const BookReport report = checkBook(path, stderr);
+  EXPECT_EQ(report.positions, 5u);
+  EXPECT_EQ(report.reachablePositions, 4u);
+}
+
 TEST_F(BookMaking, BrokenGamesCostOneLineEachAndNothingElse) {
-  testing::internal::CaptureStderr();
+  StreamCapture stderrText(stderr);
   make(
       "[Event \"a\"]\n\n1. e4 e5\n2. Ke3 1-0\n\n"
       "[Event \"b\"]\n[FEN \"8/8/8 w - -\"]\n\n1. e4 1-0\n\n"
@@ -149,7 +145,7 @@ TEST_F(BookMaking, BrokenGamesCostOneLineEachAndNothingElse) {
       "[Event \"e\"]\n\n1. d4 \xC3\xA4?x 1-0\n\n"
       "[Event \"f\"]\n[FEN \"8/4p3/8/3P4/8/8/k7/4K3 b KQ - 0 1\"]\n\n1... e5 2. dxe6 1-0\n"
       "[Event \"g\"]\n\n1. c4 {ok} 1-0\n");
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(stderrText.text(), "");
   EXPECT_THAT(errors,
               testing::ElementsAre("4: not a legal move: Ke3", "6: not a position: 8/8/8 w - -",
                                    "11: another variant of chess: Chess960",
@@ -169,72 +165,46 @@ TEST_F(BookMaking, FailedWriteLeavesTheOldBook) {
 
 // Whatever the bytes, making a book ends, and the book that it makes is sound.
 TEST_F(BookMaking, DamagedGamesMakeSoundBooks) {
-  constexpr unsigned Seed = 20240608;
   const std::string sound =
       "[Event \"x\"]\n[Result \"1-0\"]\n[WhiteElo \"2500\"]\n\n1. e4 {c} e5 (1... c5 $1) 2. Nf3 "
-      "Nc6 "
-      "3. Bb5 a6 4. O-O\nNf6 5. Bxc6 dxc6 6. d4 exd4 7. e5 Nd7 1-0\n\n"
+      "Nc6 3. Bb5 a6 4. O-O\nNf6 5. Bxc6 dxc6 6. d4 exd4 7. e5 Nd7 1-0\n\n"
       "[Event \"y\"]\n[FEN \"4k3/P7/8/8/8/8/8/4K3 w - - 0 1\"]\n\n1. a8=Q+ Kd7 ; x\n1/2-1/2\n\n";
-  constexpr char Special[] = "{}()[];%\"\\*$.-=+#\n\r 0123456789abcdefghNBRQKOx";
-  std::mt19937 engine(Seed);
-  const auto below = [&engine](std::size_t n) { return engine() % n; };
-  for (int round = 0; round < 400; ++round) {
-    SCOPED_TRACE("seed " + std::to_string(Seed) + ", round " + std::to_string(round));
+  RandomPositions random(20240608);
+  for (int round = 0; round < 400 && !HasFailure(); ++round) {
+    SCOPED_TRACE(round);
     std::string pgn = sound + sound + sound;
-    for (std::size_t i = below(30); i > 0; --i) {
-      const std::size_t at = below(pgn.size());
-      if (below(3) == 0) {
-        pgn.insert(at, pgn.substr(below(pgn.size()), below(40)));
-      } else {
-        pgn[at] = below(2) == 0 ? static_cast<char>(below(256)) : Special[below(sizeof Special)];
-      }
-    }
-    pgn.resize(below(pgn.size() + 1));
+    damage(pgn, random, 30, "{}()[];%\"\\*$.-=+#\n\r 0123456789abcdefghNBRQKOx");
+    pgn.resize(random.below(static_cast<std::uint32_t>(pgn.size() + 1)));
     make(pgn);
-    if (HasFatalFailure() || HasNonfatalFailure()) break;
   }
 }
 
 TEST(BookCheck, FaultsAreNamed) {
-  const TestFolder folder;
-  const auto complaints = [&folder](const std::string& bytes) {
-    return complaintsOf(folder.write("book", bytes));
-  };
   const std::string sorted = recordBytes({{5, "e2e4"}, {6, "e2e4"}, {7, "e2e4"}}, 2);
-  EXPECT_EQ(complaints(headerBytes(2, 16) + sorted), "");
-  EXPECT_EQ(complaints(headerBytes(2, 16) + sorted.substr(16) + sorted.substr(0, 16)),
-            "FILE: record 2: not in the order of the keys\n");
-  EXPECT_EQ(complaints(headerBytes(2, 16) + sorted + "abc"),
-            "FILE: 3 bytes behind the last record\n");
-  EXPECT_EQ(complaints(headerBytes(2, 16) + std::string(32, '\0')),
-            "FILE: record 0: the key 0 is no position's\n");
-  EXPECT_EQ(complaints(headerBytes(2, 14) + sorted),
-            "FILE: not a book: no regular file, or a header that contradicts itself\n");
-  EXPECT_EQ(complaints(bookBytes({{5, "e2e4"}, {5, "d2d4"}, {5, "e2e4", 0, 0, 0, 0, 0x80}}, 2)),
-            "FILE: record 2: a move of its position comes again behind others\n");
-  EXPECT_EQ(complaints(bookBytes({{5, "i2e4"}}, 2)), "FILE: record 0: not a square of the board\n");
-  EXPECT_EQ(
-      complaints(bookBytes({{lookupKeyOf(StartFen), "e2e4"}, {lookupKeyOf(AfterE4), "e7e4"}}, 2)),
-      std::string("FILE: not a legal move: e7e4 in ") + AfterE4 + "\n");
-}
-
-TEST(BookCheck, MovesThatLeadBackEndTheWalk) {
-  const TestFolder folder;
-  const auto record = [](const char* placement, const char* move) {
-    return test::TestRecord{lookupKeyOf((std::string(placement) + " KQkq -").c_str()), move};
+  const std::string header = headerBytes(2, 16);
+  const struct {
+    std::string bytes;
+    std::string complaint;
+  } cases[] = {
+      {header + sorted, ""},
+      {bookBytes({{5, "e2e4"}, {5, "e2e4"}}, 2), ""},
+      {header + sorted.substr(16) + sorted.substr(0, 16), "record 2: not in the order of the keys"},
+      {header + sorted + "abc", "3 bytes behind the last record"},
+      {header + std::string(32, '\0'), "record 0: the key 0 is no position's"},
+      {headerBytes(2, 14) + sorted,
+       "not a book: no regular file, or a header that contradicts itself"},
+      {bookBytes({{5, "e2e4"}, {5, "d2d4"}, {5, "e2e4", 0, 0, 0, 0, 0x80}}, 2),
+       "record 2: a move of its position comes again behind others"},
+      {bookBytes({{5, "i2e4"}}, 2), "record 0: not a square of the board"},
+      {bookBytes({{lookupKeyOf(StartFen), "e2e4"}, {lookupKeyOf(AfterE4), "e7e4"}}, 2),
+       std::string("not a legal move: e7e4 in ") + AfterE4},
   };
-  const std::string path = folder.write(
-      "book", bookBytes({record("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w", "g1f3"),
-                         record("rnbqkbnr/pppppppp/8/8/8/5N2/PPPPPPPP/RNBQKB1R b", "g8f6"),
-                         record("rnbqkb1r/pppppppp/5n2/8/8/5N2/PPPPPPPP/RNBQKB1R w", "f3g1"),
-                         record("rnbqkb1r/pppppppp/5n2/8/8/8/PPPPPPPP/RNBQKBNR b", "f6g8"),
-                         {77, "a1a2"}},
-                        2));
-  const BookReport report = checkBook(path, stderr);
-  EXPECT_TRUE(report.isSound());
-  EXPECT_EQ(report.positions, 5u);
-  EXPECT_EQ(report.reachablePositions, 4u);
+  const TestFolder folder;
+  for (const auto& c : cases) {
+    const std::string path = folder.write("book", c.bytes);
+    EXPECT_EQ(complaintsOf(path), c.complaint.empty() ? "" : path + ": " + c.complaint + '\n');
+  }
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

@@ -7,11 +7,11 @@
 
 #include "board/fen.h"
 #include "book/book_selector.h"
-#include "book_file.h"
 #include "quill_book/book_builder.h"
+#include "support/book_file.h"
 #include "support/play.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
 
 class DefaultBook : public testing::Test {
@@ -35,8 +35,8 @@ class DefaultBook : public testing::Test {
 
   // The moves that the settings' defaults let the engine play.
   std::set<std::string> playable(const std::string& moves) {
-    Board board = test::boardOf(test::StartFen);
-    test::playMoves(board, moves);
+    Board board = boardOf(StartFen);
+    playMoves(board, moves);
     std::set<std::string> found;
     const int n = book_.loadCandidates(getFen(board).text());
     if (n == 0) return found;
@@ -47,7 +47,7 @@ class DefaultBook : public testing::Test {
     return found;
   }
 
-  test::TestFolder folder_;
+  TestFolder folder_;
   Book book_;
   BookSelector selector_{book_, 1};
 };
@@ -65,8 +65,8 @@ TEST_F(DefaultBook, UsualLinesAreHeldTenPliesDeep) {
         "e4 e6 d4 d5 Nc3 Bb4 e5 c5 a3 Bxc3+", "e4 c6 d4 d5 Nc3 dxe4 Nxe4 Bf5 Ng3 Bg6",
         "d4 d5 c4 e6 Nc3 Nf6 Bg5 Be7 e3 O-O", "d4 Nf6 c4 g6 Nc3 Bg7 e4 d6 Nf3 O-O",
         "c4 e5 Nc3 Nf6 Nf3 Nc6 g3 d5 cxd5 Nxd5", "Nf3 d5 g3 Nf6 Bg2 e6 O-O Be7 d3 O-O"}) {
-    Board board = test::boardOf(test::StartFen);
-    test::playMoves(board, line);
+    Board board = boardOf(StartFen);
+    playMoves(board, line);
     EXPECT_GT(book_.loadCandidates(getFen(board).text()), 0) << line;
   }
 }
@@ -76,11 +76,11 @@ TEST_F(DefaultBook, DrawnLinesLastForSeveralMoves) {
   constexpr int Lines = 200;
   int plies = 0;
   for (int i = 0; i < Lines; ++i) {
-    Board board = test::boardOf(test::StartFen);
+    Board board = boardOf(StartFen);
     for (; board.ply < 24; ++plies) {
       const auto entry = selector_.probe(getFen(board).text());
       if (!entry) break;
-      test::playMoves(board, Book::moveText(*entry).data());
+      playMoves(board, Book::moveText(*entry).data());
       ASSERT_FALSE(HasFatalFailure());
     }
   }
@@ -89,4 +89,4 @@ TEST_F(DefaultBook, DrawnLinesLastForSeveralMoves) {
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

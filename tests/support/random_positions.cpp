@@ -41,6 +41,17 @@ Board& RandomPositions::next() {
   return board_;
 }
 
+void damage(std::string& text, RandomPositions& random, std::uint32_t most,
+            const std::string& letters) {
+  for (std::uint32_t changes = random.below(most + 1); changes > 0; --changes) {
+    const std::size_t at = random.below(static_cast<std::uint32_t>(text.size() + 1));
+    const std::uint32_t kind = random.below(8);
+    std::string with(kind < 2 ? 0 : 1, static_cast<char>(random.below(256)));
+    if (kind > 2) with[0] = letters[random.below(static_cast<std::uint32_t>(letters.size()))];
+    text.replace(at, random.below(3), with);
+  }
+}
+
 std::string describe(const Board& board) {
   char move[MoveTextSize];
   moveToText(board, move, board.moves[static_cast<unsigned>(board.ply)]);

@@ -39,6 +39,11 @@ class RandomPositions {
   int pliesLeft_ = 0;  // until the next game starts
 };
 
+// Up to so many times, takes up to two bytes out of the text somewhere and puts nothing, one of the
+// letters or any byte there.
+void damage(std::string& text, RandomPositions& random, std::uint32_t most,
+            const std::string& letters);
+
 // The board as a test shows it: FEN, and the last move for what FEN cannot say.
 std::string describe(const Board& board);
 

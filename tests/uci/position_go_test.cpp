@@ -1,4 +1,4 @@
-#include "book/book_file.h"
+#include "support/book_file.h"
 #include "uci/uci_fixture.h"
 
 namespace quill {

@@ -1,4 +1,5 @@
-// A builder of book files for tests, written from the file format alone.
+// A builder of book files, written from the file format alone. For the test programs that link the
+// book.
 #pragma once
 
 #include <algorithm>
