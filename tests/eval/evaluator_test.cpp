@@ -6,6 +6,7 @@
 
 #include "eval/score_pair.h"
 #include "eval/trapped.h"
+#include "support/mirror.h"
 #include "support/play.h"
 #include "support/positions.h"
 
@@ -57,31 +58,23 @@ TEST_F(EvaluatorTest, BothSidesToMoveHaveTheirOwnResults) {
 
 TEST_F(EvaluatorTest, EveryTrapHasItsPriceForBothColours) {
   const struct {
-    const char* white;  // placement with White's piece trapped
-    const char* black;  // the same with the colours exchanged
-    int price;
+    const char* fen;
+    int price;  // of White's trapped piece
   } cases[] = {
-      {"N3k3/2p5/8/8/8/8/8/4K3", "4k3/8/8/8/8/8/2P5/n3K3", 250},
-      {"4k2N/5p2/8/8/8/8/8/4K3", "4k3/8/8/8/8/8/5P2/4K2n", 250},
-      {"1N2k3/1p6/8/8/8/8/8/4K3", "4k3/8/8/8/8/8/1P6/1n2K3", 250},
-      {"4k1N1/6p1/8/8/8/8/8/4K3", "4k3/8/8/8/8/8/6P1/4K1n1", 250},
-      {"4k3/B7/1p6/8/8/8/8/4K3", "4k3/8/8/8/8/1P6/b7/4K3", 150},
-      {"4k3/7B/6p1/8/8/8/8/4K3", "4k3/8/8/8/8/6P1/7b/4K3", 150},
-      {"4k3/8/B7/1p6/8/8/8/4K3", "4k3/8/8/8/1P6/b7/8/4K3", 100},
-      {"4k3/8/7B/6p1/8/8/8/4K3", "4k3/8/8/8/6P1/7b/8/4K3", 100},
-      {"4k3/8/8/8/8/8/P7/RK6", "rk6/p7/8/8/8/8/8/4K3", 45},
-      {"4k3/8/8/8/P7/8/R7/2K5", "2k5/r7/8/p7/8/8/8/4K3", 45},
-      {"4k3/8/8/8/8/8/PP6/RRK5", "rrk5/pp6/8/8/8/8/8/4K3", 45},
-      {"4k3/8/8/8/8/8/6P1/5KR1", "5kr1/6p1/8/8/8/8/8/4K3", 45},
-      {"4k3/8/8/8/8/8/7P/6KR", "6kr/7p/8/8/8/8/8/4K3", 45},
-      {"4k3/8/8/8/8/8/6P1/6KR", "6kr/6p1/8/8/8/8/8/4K3", 0},
-      {"4k3/2p5/8/8/8/8/8/N3K3", "n3k3/8/8/8/8/8/2P5/4K3", 0},
+      {"N3k3/2p5/8/8/8/8/8/4K3", 250},  {"4k2N/5p2/8/8/8/8/8/4K3", 250},
+      {"1N2k3/1p6/8/8/8/8/8/4K3", 250}, {"4k1N1/6p1/8/8/8/8/8/4K3", 250},
+      {"4k3/B7/1p6/8/8/8/8/4K3", 150},  {"4k3/7B/6p1/8/8/8/8/4K3", 150},
+      {"4k3/8/B7/1p6/8/8/8/4K3", 100},  {"4k3/8/7B/6p1/8/8/8/4K3", 100},
+      {"4k3/8/8/8/8/8/P7/RK6", 45},     {"4k3/8/8/8/P7/8/R7/2K5", 45},
+      {"4k3/8/8/8/8/8/PP6/RRK5", 45},   {"4k3/8/8/8/8/8/6P1/5KR1", 45},
+      {"4k3/8/8/8/8/8/7P/6KR", 45},     {"4k3/8/8/8/8/8/6P1/6KR", 0},
+      {"4k3/2p5/8/8/8/8/8/N3K3", 0},
   };
   for (const auto& c : cases) {
-    board = boardOf(std::string(c.white) + " w - -");
-    EXPECT_EQ(trappedPieces(evaluator), -c.price) << c.white;
-    board = boardOf(std::string(c.black) + " w - -");
-    EXPECT_EQ(trappedPieces(evaluator), c.price) << c.black;
+    board = boardOf(c.fen);
+    EXPECT_EQ(trappedPieces(evaluator), -c.price) << c.fen;
+    board = mirrored(board);
+    EXPECT_EQ(trappedPieces(evaluator), c.price) << c.fen << ", mirrored";
   }
 }
 
