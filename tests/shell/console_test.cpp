@@ -22,25 +22,17 @@ std::vector<std::string> linesOf(const std::string& bytes, std::size_t limit) {
 
 using Lines = std::vector<std::string>;
 
-TEST(InputLines, OnlyBlanksAndNewlinesAreTakenOff) {
-  EXPECT_EQ(linesOf("  a b  \n\tc\r\n   \n\nlast", 100), (Lines{"a b", "\tc\r", "", "", "last"}));
-}
-
-TEST(InputLines, ALongLineComesInPieces) {
-  EXPECT_EQ(linesOf("abcdefgh\nij\n", 4), (Lines{"abcd", "efgh", "", "ij"}));
-}
-
-TEST(InputLines, AZeroByteEndsTheText) {
+TEST(InputLines, TextsAreCutAtNewlinesZeroBytesAndTheLimit) {
   using namespace std::string_literals;
+  EXPECT_EQ(linesOf("  a b  \n\tc\r\n   \n\nlast", 100), (Lines{"a b", "\tc\r", "", "", "last"}));
+  EXPECT_EQ(linesOf("abcdefgh\nij\n", 4), (Lines{"abcd", "efgh", "", "ij"}));
   EXPECT_EQ(linesOf("ab \0cd\nef\n\0\n"s, 100), (Lines{"ab", "ef", ""}));
 }
 
 TEST(Console, TellsMovesAndPositionsByTheirCharacters) {
-  EXPECT_TRUE(isMoveLine("e2e4", ""));
-  EXPECT_TRUE(isMoveLine("e8=Q+", "O-O"));
+  EXPECT_TRUE(isMoveLine("e2e4", "") && isMoveLine("e8=Q+", "O-O"));
+  for (const char* word : {"e", "0-0", ""}) EXPECT_FALSE(isMoveLine(word, "")) << word;
   EXPECT_FALSE(isMoveLine("e2e4", " e7e5"));
-  EXPECT_FALSE(isMoveLine("e", ""));
-  EXPECT_FALSE(isMoveLine("0-0", ""));
   EXPECT_TRUE(isPositionLine("4k3/8/////8/4K3"));
   for (const char* word : {"4k3", "4k3/4k3/4K3", "8/4K3", "4k3/4K3/9", "", "4k3/4K3,"}) {
     EXPECT_FALSE(isPositionLine(word)) << word;
