@@ -7,7 +7,7 @@
 
 #include "support/slow_rules.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
 
 // From one square to another, in files and ranks.
@@ -33,7 +33,7 @@ TEST(Attacks, SlidersAreRightForEverySubsetOfTheirLines) {
       do {
         const Bitboard attacks =
             type == Rook ? rookAttacks(square, subset) : bishopAttacks(square, subset);
-        ASSERT_EQ(attacks, test::slowSliderAttacks(type, square, subset))
+        ASSERT_EQ(attacks, slowSliderAttacks(type, square, subset))
             << "type " << type << " square " << square << " occupancy " << subset;
         subset = (subset - lines) & lines;
       } while (subset != 0);
@@ -121,4 +121,4 @@ TEST(Attacks, ConesHoldTheSquaresWithinReachOfThePawnsPath) {
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

@@ -10,35 +10,35 @@
 #include "support/positions.h"
 #include "support/slow_rules.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
 
-Board startBoard() { return test::boardOf(test::StartFen); }
+Board startBoard() { return boardOf(StartFen); }
 
 // Knights go to and fro.
 void playShuffle(Board& board, int plies) {
   constexpr const char* Cycle[] = {"Nf3", "Nf6", "Ng1", "Ng8", "Nc3", "Nc6", "Nb1", "Nb8"};
-  for (int i = 0; i < plies; ++i) test::playMoves(board, Cycle[board.gamePly() % 8]);
+  for (int i = 0; i < plies; ++i) playMoves(board, Cycle[board.gamePly() % 8]);
 }
 
 TEST(Board, AddRefusesSquaresOffTheBoard) {
   Board board;
-  test::StreamCapture errors(stderr);
+  StreamCapture errors(stderr);
   board.add(White, Queen, 64);
   board.add(White, Queen, -1);
   EXPECT_EQ(errors.text(), "add: illegal piece location: 64\nadd: illegal piece location: -1\n");
-  EXPECT_EQ(test::difference(board, Board()), "");
+  EXPECT_EQ(difference(board, Board()), "");
 }
 
 TEST(Board, CopiesAreEqualUpToTheTopOfTheStacks) {
   Board board = startBoard();
   playShuffle(board, 7);
   const Board copy = board;
-  EXPECT_EQ(test::difference(copy, board), "");
+  EXPECT_EQ(difference(copy, board), "");
   Board other = startBoard();
   playShuffle(board, 800);
   other = board;
-  EXPECT_EQ(test::difference(other, board), "");
+  EXPECT_EQ(difference(other, board), "");
 }
 
 TEST(Board, ConsistencyCheckNoticesEachBrokenField) {
@@ -126,4 +126,4 @@ TEST(RebaseStacks, KeepsTheQuietStretchWhateverItsLength) {
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

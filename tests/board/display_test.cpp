@@ -14,13 +14,11 @@
 #include "support/positions.h"
 #include "support/random_positions.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
 
-using test::boardOf;
-
 std::string printed(const Board& board) {
-  test::Capture capture;
+  Capture capture;
   printBoard(board, capture.stream());
   return capture.text();
 }
@@ -49,8 +47,8 @@ std::vector<std::string> historyOf(const Board& board) {
 using Lines = std::vector<std::string>;
 
 TEST(Display, ShowsPiecesHistoryMaterialFenAndKeys) {
-  Board board = boardOf(test::StartFen);
-  test::playMoves(board, "Nf3 Nf6 Ng1 Ng8");
+  Board board = boardOf(StartFen);
+  playMoves(board, "Nf3 Nf6 Ng1 Ng8");
   EXPECT_EQ(printed(board), R"(
    +---+---+---+---+---+---+---+---+
  8 |*r*|*n*|*b*|*q*|*k*|*b*|*n*|*r*|   1. Nf3   Nf6  
@@ -95,16 +93,16 @@ TEST(Display, MaterialSummaryNamesTheSurplus) {
 // Only with the pawn back on d7 is the other rook shut off, so that the first move needs no file.
 TEST(Display, EnPassantInTheHistoryIsTakenBackWhereItHappened) {
   Board board = boardOf("4k3/r2p3r/8/4P3/8/8/8/4K3 b - -");
-  test::playMoves(board, "Rab7 Ke2 d5 exd6");
+  playMoves(board, "Rab7 Ke2 d5 exd6");
   EXPECT_EQ(historyOf(board),
             (Lines{"   1. Rb7   Ke2  ", "   2. d5    exd6 ", "   3. ...        "}));
 }
 
 TEST(Display, AGameLongerThanTheStacksLooksLikeAnyOther) {
-  Board board = boardOf(test::StartFen);
+  Board board = boardOf(StartFen);
   EXPECT_EQ(historyOf(board), Lines{});
-  for (int i = 0; i < 500; ++i) test::playMoves(board, "Nf3 Nf6 Ng1 Ng8");
-  test::playMoves(board, "Nf3");
+  for (int i = 0; i < 500; ++i) playMoves(board, "Nf3 Nf6 Ng1 Ng8");
+  playMoves(board, "Nf3");
   EXPECT_GT(board.plyOffset, 0);
   const Lines history = historyOf(board);
   ASSERT_EQ(history.size(), 12u);
@@ -113,12 +111,12 @@ TEST(Display, AGameLongerThanTheStacksLooksLikeAnyOther) {
 }
 
 TEST(Display, HistoryIsTheMovesAsTheyWerePlayed) {
-  test::RandomPositions random(17);
+  RandomPositions random(17);
   for (int game = 0; game < 60; ++game) {
-    Board board = boardOf(test::VariedFens[game % std::size(test::VariedFens)]);
+    Board board = boardOf(VariedFens[game % std::size(VariedFens)]);
     Lines sans;
     for (int ply = 0; ply < 60; ++ply) {
-      const std::vector<Move> moves = test::legalMovesOf(board);
+      const std::vector<Move> moves = legalMovesOf(board);
       if (moves.empty()) break;
       const bool pass = !board.isInCheck() && random.below(10) == 0;
       const Move move =
@@ -137,10 +135,10 @@ TEST(Display, HistoryIsTheMovesAsTheyWerePlayed) {
         std::string word;
         for (words >> word; words >> word;) shown.push_back(word);  // without the move number
       }
-      ASSERT_EQ(shown, expected) << test::describe(board);
+      ASSERT_EQ(shown, expected) << describe(board);
     }
   }
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

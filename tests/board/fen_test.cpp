@@ -11,10 +11,8 @@
 #include "support/reference.h"
 #include "support/slow_rules.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
-
-using test::boardOf;
 
 struct Reading {
   bool accepted;
@@ -24,30 +22,30 @@ struct Reading {
 
 // Reads the text into a Board that holds the start position after 1. e4.
 Reading readFen(const char* text) {
-  Board board = boardOf(test::StartFen);
+  Board board = boardOf(StartFen);
   makeMove(board, makeQuiet(E2, E4) | DoubleStepFlag);
   const Board before = board;
-  test::StreamCapture errors(stderr);
+  StreamCapture errors(stderr);
   const bool accepted = setFen(board, text);
   if (!accepted) {
-    EXPECT_EQ(test::difference(board, before), "");
+    EXPECT_EQ(difference(board, before), "");
   }
   return {accepted, errors.text(), getFen(board).text()};
 }
 
 TEST(Fen, ReferencePositionsAreReadAndWritten) {
-  test::forEachReference([](const Board& board, const auto& reference) {
+  forEachReference([](const Board& board, const auto& reference) {
     EXPECT_EQ(getFen(board).text(), reference["getFen"].template get<std::string>());
-    EXPECT_EQ(board.key, test::parseHex(reference["key"]));
-    EXPECT_EQ(board.pawnKey, test::parseHex(reference["pawnKey"]));
+    EXPECT_EQ(board.key, parseHex(reference["key"]));
+    EXPECT_EQ(board.pawnKey, parseHex(reference["pawnKey"]));
     EXPECT_EQ(board.castling, reference["castling"]);
     EXPECT_EQ(board.epSquare, reference["epSquare"]);
     EXPECT_EQ(board.stm, reference["stm"]);
-    EXPECT_EQ(board.enemyAttacks, test::parseHex(reference["enemyAttacks"]));
+    EXPECT_EQ(board.enemyAttacks, parseHex(reference["enemyAttacks"]));
     EXPECT_EQ(board.isInCheck(), reference["check"]);
     for (const unsigned colour : {0u, 1u}) {
-      EXPECT_EQ(board.side[colour].material, test::parseHex(reference["material"][colour]));
-      EXPECT_EQ(board.blockers[colour], test::parseHex(reference["blockers"][colour]));
+      EXPECT_EQ(board.side[colour].material, parseHex(reference["material"][colour]));
+      EXPECT_EQ(board.blockers[colour], parseHex(reference["blockers"][colour]));
     }
     EXPECT_TRUE(isConsistent(board));
   });
@@ -58,7 +56,7 @@ TEST(Fen, FieldsMayBeMissingAndNameTheEnPassantPawnOrTheSquareBehindIt) {
     const char* text;
     const char* fen;
   } cases[] = {
-      {StartPosition, test::StartFen},
+      {StartPosition, StartFen},
       {"4k3/8/8/8/8/8/8/4K3", "4k3/8/8/8/8/8/8/4K3 w - - 0 1"},
       {"4k/////PPP5//4K", "4k3/8/8/8/8/PPP5/8/4K3 w - - 0 1"},
       {"4k/8/4K b", "4k3/8/4K3/8/8/8/8/8 b - - 0 1"},
@@ -126,11 +124,11 @@ TEST(Fen, BadTextsAreRefusedWithOneLine) {
 }
 
 TEST(Fen, SettingAPositionForgetsTheGame) {
-  Board board = boardOf(test::StartFen);
+  Board board = boardOf(StartFen);
   makeMove(board, makeQuiet(G1, F3));
-  ASSERT_TRUE(setFen(board, test::StartFen));
-  EXPECT_EQ(test::difference(board, boardOf(test::StartFen)), "");
+  ASSERT_TRUE(setFen(board, StartFen));
+  EXPECT_EQ(difference(board, boardOf(StartFen)), "");
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

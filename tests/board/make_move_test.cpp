@@ -10,17 +10,14 @@
 #include "support/reference.h"
 #include "support/slow_rules.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
 
-using test::boardOf;
-using test::describe;
-
 TEST(MakeMove, ReferenceMovesLeadToTheReferencePositions) {
-  test::forEachReference([](Board& board, const auto& reference) {
+  forEachReference([](Board& board, const auto& reference) {
     const UndoInfo undo = board;
     std::size_t i = 0;
-    for (const Move move : test::movesIn(reference["bits"])) {
+    for (const Move move : movesIn(reference["bits"])) {
       makeMove(board, move);
       updateAttackInfo(board);
       std::ostringstream fields;
@@ -35,17 +32,15 @@ TEST(MakeMove, ReferenceMovesLeadToTheReferencePositions) {
 }
 
 TEST(UpdateAttackInfo, AgreesWithTheSlowRules) {
-  test::RandomPositions positions(4);
-  for (int i = 0; i < test::PropertyPositions; ++i) {
+  RandomPositions positions(4);
+  for (int i = 0; i < PropertyPositions; ++i) {
     const Board& board = positions.next();
-    const Bitboard attacks = test::slowAttacks(board.squares, board.stm ^ 1);
+    const Bitboard attacks = slowAttacks(board.squares, board.stm ^ 1);
     ASSERT_EQ(board.enemyAttacks, attacks) << describe(board);
     for (const Colour colour : {White, Black}) {
-      ASSERT_EQ(board.blockers[static_cast<unsigned>(colour)],
-                test::slowBlockers(board.squares, colour))
+      ASSERT_EQ(board.blockers[static_cast<unsigned>(colour)], slowBlockers(board.squares, colour))
           << describe(board);
-      ASSERT_EQ(attacksBy(board, colour), test::slowAttacks(board.squares, colour))
-          << describe(board);
+      ASSERT_EQ(attacksBy(board, colour), slowAttacks(board.squares, colour)) << describe(board);
     }
   }
 }
@@ -75,7 +70,7 @@ Square epSquareAfter(const Board& after, Move move) {
 }
 
 void expectRightAfterMove(const Board& before, const Board& after, Move move) {
-  ASSERT_EQ(after.squares, test::slowSquaresAfter(before.squares, move));
+  ASSERT_EQ(after.squares, slowSquaresAfter(before.squares, move));
   ASSERT_TRUE(isConsistent(after));  // sets, signatures and keys are those of the squares
   ASSERT_EQ(keyAfter(before, move), after.key);
   ASSERT_EQ(after.stm, before.stm ^ 1);
@@ -89,25 +84,25 @@ void expectRightAfterMove(const Board& before, const Board& after, Move move) {
 }
 
 TEST(MakeMove, EveryFieldIsRightAndTakenBack) {
-  test::RandomPositions positions(1);
-  for (int i = 0; i < test::PropertyPositions; ++i) {
+  RandomPositions positions(1);
+  for (int i = 0; i < PropertyPositions; ++i) {
     Board& board = positions.next();
-    const std::vector<Move> moves = test::legalMovesOf(board);
+    const std::vector<Move> moves = legalMovesOf(board);
     const Board before = board;
     const UndoInfo undo = board;
     for (const Move move : moves) {
       makeMove(board, move);
       expectRightAfterMove(before, board, move);
       unmakeMove(board, move, undo);
-      ASSERT_EQ(test::difference(board, before), "");
+      ASSERT_EQ(difference(board, before), "");
       ASSERT_FALSE(HasFailure()) << describe(before) << std::hex << " move " << move;
     }
   }
 }
 
 TEST(MakeMove, NullMovePassesTheTurnAndIsTakenBack) {
-  test::RandomPositions positions(6);
-  for (int i = 0; i < test::PropertyPositions / 10; ++i) {
+  RandomPositions positions(6);
+  for (int i = 0; i < PropertyPositions / 10; ++i) {
     Board& board = positions.next();
     const Board before = board;
     const UndoInfo undo = board;
@@ -121,9 +116,9 @@ TEST(MakeMove, NullMovePassesTheTurnAndIsTakenBack) {
     ASSERT_EQ(board.epSquare, 0) << describe(before);
     ASSERT_EQ(board.moves[static_cast<unsigned>(board.ply)], NoMove);
     unmakeNullMove(board, undo);
-    ASSERT_EQ(test::difference(board, before), "") << describe(before);
+    ASSERT_EQ(difference(board, before), "") << describe(before);
   }
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

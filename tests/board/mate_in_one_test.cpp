@@ -12,17 +12,14 @@
 #include "support/random_positions.h"
 #include "support/reference.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
 
-using test::boardOf;
-using test::legalMovesOf;
-
 TEST(MateInOne, ReferencePositionsAgree) {
-  test::forEachReference([](const Board& board, const auto& reference) {
+  forEachReference([](const Board& board, const auto& reference) {
     for (const Colour colour : {White, Black}) {
       if (reference["mate1"][colour].is_null()) continue;  // that king is in check already
-      EXPECT_EQ(findMateInOne(board, colour), test::parseHex(reference["mate1"][colour]))
+      EXPECT_EQ(findMateInOne(board, colour), parseHex(reference["mate1"][colour]))
           << "against " << (colour == White ? "White" : "Black");
     }
   });
@@ -76,7 +73,7 @@ TEST(MateInOne, PatternsAreMatesOrNot) {
   };
   for (const auto& c : cases) {
     Board board = boardOf(c.fen);
-    const Move mate = *c.mate == '\0' ? NoMove : test::moveOf(board, c.mate);
+    const Move mate = *c.mate == '\0' ? NoMove : moveOf(board, c.mate);
     EXPECT_EQ(findMateInOne(board, board.stm ^ 1), mate) << c.fen;
   }
 }
@@ -84,14 +81,14 @@ TEST(MateInOne, PatternsAreMatesOrNot) {
 // The patterns are no proof of mate: a distant check may be parried by an interposition that they
 // count as too weak. Nothing else may answer a reported move.
 TEST(MateInOneSlow, OnlyInterpositionsAnswerWhatItReports) {
-  test::RandomPositions positions(17);
+  RandomPositions positions(17);
   int reported = 0;
   int mates = 0;
-  for (int i = 0; i < test::PropertyPositions; ++i) {
+  for (int i = 0; i < PropertyPositions; ++i) {
     Board& board = positions.next();
     const Move move = findMateInOne(board, board.stm ^ 1);
     if (move == NoMove || !isLegalMove(board, move)) continue;
-    const std::string before = test::describe(board);
+    const std::string before = describe(board);
     const UndoInfo undo = board;
     makeMove(board, move);
     updateAttackInfo(board);
@@ -111,4 +108,4 @@ TEST(MateInOneSlow, OnlyInterpositionsAnswerWhatItReports) {
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

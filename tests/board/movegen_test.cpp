@@ -11,19 +11,8 @@
 #include "support/reference.h"
 #include "support/slow_rules.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
-
-using test::boardOf;
-using test::describe;
-using test::legalMovesOf;
-using test::PropertyPositions;
-using test::RandomPositions;
-
-std::vector<Move> captures(const Board& board, Bitboard targets) {
-  Move list[MaxMoves];
-  return {list, generateCaptures(board, list, targets)};
-}
 
 std::vector<Move> sorted(std::vector<Move> moves) {
   std::sort(moves.begin(), moves.end());
@@ -31,10 +20,10 @@ std::vector<Move> sorted(std::vector<Move> moves) {
 }
 
 TEST(MoveGen, OrderOfMovesIsTheReferenceOrder) {
-  test::forEachReference([](Board& board, const auto& reference) {
-    EXPECT_EQ(legalMovesOf(board), test::movesIn(reference["bits"]));
+  forEachReference([](Board& board, const auto& reference) {
+    EXPECT_EQ(legalMovesOf(board), movesIn(reference["bits"]));
     if (board.isInCheck()) return;
-    EXPECT_EQ(captures(board, board.enemy().bb[0]), test::movesIn(reference["captures"]));
+    EXPECT_EQ(capturesOf(board), movesIn(reference["captures"]));
   });
 }
 
@@ -81,7 +70,7 @@ constexpr const char* EdgeFens[] = {
 TEST(MoveGen, EdgePositionsAgreeWithTheSlowRules) {
   for (const char* fen : EdgeFens) {
     Board board = boardOf(fen);
-    EXPECT_EQ(sorted(legalMovesOf(board)), test::slowLegalMoves(board)) << fen;
+    EXPECT_EQ(sorted(legalMovesOf(board)), slowLegalMoves(board)) << fen;
   }
 }
 
@@ -108,12 +97,12 @@ TEST(MoveGen, GeneratorsAgreeWithTheSlowRules) {
   for (int i = 0; i < PropertyPositions; ++i) {
     Board& board = positions.next();
     const std::vector<Move> legal = legalMovesOf(board);
-    ASSERT_EQ(sorted(legal), test::slowLegalMoves(board)) << describe(board);
+    ASSERT_EQ(sorted(legal), slowLegalMoves(board)) << describe(board);
     if (board.isInCheck()) continue;
     const Bitboard enemies = board.enemy().bb[0];
     const Bitboard some = enemies & (Bitboard{positions.bits()} << 32 | positions.bits());
     for (const Bitboard targets : {enemies, some}) {
-      ASSERT_EQ(sorted(captures(board, targets)), test::slowCaptures(board, targets))
+      ASSERT_EQ(sorted(capturesOf(board, targets)), slowCaptures(board, targets))
           << describe(board) << " targets " << targets;
     }
   }
@@ -138,11 +127,11 @@ TEST(IsLegalMove, SaysTrueExactlyForGeneratedMoves) {
       }
     }
     for (const Move move : doubtful) {
-      ASSERT_EQ(isLegalMove(board, move), test::isOneOf(legal, move))
+      ASSERT_EQ(isLegalMove(board, move), isOneOf(legal, move))
           << describe(board) << std::hex << " move " << move;
     }
   }
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

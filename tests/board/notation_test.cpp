@@ -14,11 +14,8 @@
 #include "support/reference.h"
 #include "support/slow_rules.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
-
-using test::boardOf;
-using test::describe;
 
 constexpr char CastlingFen[] = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq -";
 constexpr char KnightsFen[] = "4k3/8/8/8/8/5N2/8/1N2K3 w - -";
@@ -51,9 +48,9 @@ std::string parsed(const char* fen, const char* text) {
 }
 
 TEST(Notation, ReferenceMovesHaveTheirTexts) {
-  test::forEachReference([](Board& board, const auto& reference) {
+  forEachReference([](Board& board, const auto& reference) {
     std::size_t i = 0;
-    for (const Move move : test::movesIn(reference["bits"])) {
+    for (const Move move : movesIn(reference["bits"])) {
       EXPECT_EQ(longText(board, move), reference["text"][i]);
       EXPECT_EQ(sanOf(board, move), reference["san"][i++]);
     }
@@ -61,7 +58,7 @@ TEST(Notation, ReferenceMovesHaveTheirTexts) {
 }
 
 TEST(Notation, TextsOfOddMoves) {
-  Board board = boardOf(test::StartFen);
+  Board board = boardOf(StartFen);
   EXPECT_EQ(longText(board, NoMove), "%");
   EXPECT_EQ(sanOf(board, NoMove), "%");
   EXPECT_EQ(uciText(NoMove), "0000");
@@ -92,8 +89,8 @@ TEST(Notation, SanTellsRivalsApartWithTheLeastText) {
 }
 
 TEST(Notation, TextsFitTheirBuffersWhateverTheMove) {
-  test::RandomPositions positions(7);
-  for (int i = 0; i < test::PropertyPositions; ++i) {
+  RandomPositions positions(7);
+  for (int i = 0; i < PropertyPositions; ++i) {
     Board& board = positions.next();
     const Move move = positions.bits();
     char text[MoveTextSize + 1];
@@ -114,10 +111,8 @@ TEST(ParseMove, AllCommonFormsMeanTheMove) {
     const char* move;
     std::vector<const char*> texts;
   } cases[] = {
-      {test::StartFen,
-       "e2e4",
-       {"e4", "e2e4", "e2-e4", "Pe4", "e4!", "Pe2e4", "e2-e4+?!", " e4\r\n"}},
-      {test::StartFen, "Ng1f3", {"Nf3", "g1f3", "Ng1f3", "Ng1-f3", "Ngf3", "N1f3", "Nf3#"}},
+      {StartFen, "e2e4", {"e4", "e2e4", "e2-e4", "Pe4", "e4!", "Pe2e4", "e2-e4+?!", " e4\r\n"}},
+      {StartFen, "Ng1f3", {"Nf3", "g1f3", "Ng1f3", "Ng1-f3", "Ngf3", "N1f3", "Nf3#"}},
       {KnightsFen, "Nb1d2", {"Nbd2"}},
       {KnightsFen, "Nf3d2", {"N3d2"}},
       {PawnPromotionFen, "e7e8=Q", {"e7e8", "e8", "e7e8q", "e8=Q+", "e8Q", "e7-e8=Q"}},
@@ -132,10 +127,10 @@ TEST(ParseMove, AllCommonFormsMeanTheMove) {
       {CastlingFen, "O-O-O", {"O-O-O", "o-o-o", "e1c1", "Kc1"}},
       {CastlingFen, "%", {"O", "O-O-O-O", "KO-O"}},
       {"4k3/8/8/8/8/8/8/5K2 w - -", "%", {"O-O"}},  // the king's step is no castling
-      {test::StartFen, "%", {"",    "%", "%e4", "e",    "4", "N", "Nf",   "N3",   "e5",   "e2e5",
-                             "Nf6", "x", "Pe",  "e1g1", "Q", "K", "d1d2", "bxc3", "e4e2", "  "}},
+      {StartFen, "%", {"",    "%", "%e4", "e",    "4", "N", "Nf",   "N3",   "e5",   "e2e5",
+                       "Nf6", "x", "Pe",  "e1g1", "Q", "K", "d1d2", "bxc3", "e4e2", "  "}},
   };
-  test::StreamCapture errors(stderr);
+  StreamCapture errors(stderr);
   for (const auto& c : cases) {
     for (const char* text : c.texts) EXPECT_EQ(parsed(c.fen, text), c.move) << text;
   }
@@ -145,7 +140,7 @@ TEST(ParseMove, AllCommonFormsMeanTheMove) {
 }
 
 TEST(ParseMove, ForeignCharactersAndAmbiguousTextsAreReported) {
-  test::StreamCapture errors(stderr);
+  StreamCapture errors(stderr);
   for (const char* text : {"0-0", "0000", "e9", "k\xC3", "Nd2"}) {
     EXPECT_EQ(parsed(KnightsFen, text), "%");
   }
@@ -158,19 +153,19 @@ TEST(ParseMove, ForeignCharactersAndAmbiguousTextsAreReported) {
 }
 
 TEST(ParseMove, EveryTextOfAMoveReadsBackAsTheMove) {
-  test::RandomPositions positions(11);
-  for (int i = 0; i < test::PropertyPositions / 20; ++i) {
+  RandomPositions positions(11);
+  for (int i = 0; i < PropertyPositions / 20; ++i) {
     Board& board = positions.next();
-    const std::vector<Move> moves = test::legalMovesOf(board);
+    const std::vector<Move> moves = legalMovesOf(board);
     const Board before = board;
     for (const Move move : moves) {
       for (const std::string& text : {longText(board, move), sanOf(board, move), uciText(move)}) {
         ASSERT_EQ(parseMove(board, text.c_str()), move) << text << " in " << describe(board);
       }
     }
-    ASSERT_EQ(test::difference(board, before), "") << describe(board);
+    ASSERT_EQ(difference(board, before), "") << describe(board);
   }
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

@@ -5,11 +5,8 @@
 #include "board/perft.h"
 #include "support/positions.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
-
-using test::PerftCase;
-using test::PerftCases;
 
 // Counts each position to the deepest published depth of at most so many leaves.
 void countUpTo(std::uint64_t leaves) {
@@ -33,4 +30,4 @@ TEST(PerftSlow, DeepCountsAreThePublishedOnes) { countUpTo(5'000'000); }
 #endif
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

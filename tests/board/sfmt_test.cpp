@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quill {
+namespace quill::test {
 namespace {
 
 TEST(Sfmt, GivesThePublishedOutputs) {
@@ -14,4 +14,4 @@ TEST(Sfmt, GivesThePublishedOutputs) {
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

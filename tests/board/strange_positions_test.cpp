@@ -18,10 +18,8 @@
 #include "support/random_positions.h"
 #include "support/slow_rules.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
-
-using test::describe;
 
 constexpr const char* StrangeFens[] = {
     // The side not to move is in check.
@@ -66,70 +64,64 @@ std::vector<Move> sortedWithoutEnPassant(std::vector<Move> moves) {
 }
 
 // Calls everything that takes a position and checks what must hold for any that setFen accepts.
-void exercise(Board& board, test::RandomPositions& random, int depth) {
-  ASSERT_TRUE(isConsistent(board)) << describe(board);
-  const std::vector<Move> moves = test::legalMovesOf(board);
+void exercise(Board& board, RandomPositions& random, int depth) {
+  SCOPED_TRACE(describe(board));
+  ASSERT_TRUE(isConsistent(board));
+  const std::vector<Move> moves = legalMovesOf(board);
   const Board before = board;
-  ASSERT_EQ(sortedWithoutEnPassant(moves), sortedWithoutEnPassant(test::slowLegalMoves(board)))
-      << describe(board);
+  ASSERT_EQ(sortedWithoutEnPassant(moves), sortedWithoutEnPassant(slowLegalMoves(board)));
   std::vector<Move> doubtful = {random.bits()};
   for (const Move move : moves) doubtful.push_back(move ^ (1u << random.below(32)));
-  for (const Move move : doubtful) {
-    ASSERT_EQ(isLegalMove(board, move), test::isOneOf(moves, move))
-        << describe(board) << std::hex << ' ' << move;
-  }
-  Move captures[MaxMoves];
-  const Move* const last =
-      board.isInCheck() ? captures : generateCaptures(board, captures, board.enemy().bb[0]);
-  for (const Move* move = captures; move != last; ++move) {
-    ASSERT_TRUE(isLegalMove(board, *move)) << describe(board) << std::hex << ' ' << *move;
+  for (const Move move : doubtful)
+    ASSERT_EQ(isLegalMove(board, move), isOneOf(moves, move)) << move;
+  if (!board.isInCheck()) {
+    for (const Move move : capturesOf(board)) ASSERT_TRUE(isLegalMove(board, move)) << move;
   }
   const UndoInfo undo = board;
   for (const Move move : moves) {
-    ASSERT_TRUE(isLegalMove(board, move)) << describe(board) << std::hex << ' ' << move;
-    ASSERT_NE(capturedType(move), King) << describe(board);
+    ASSERT_TRUE(isLegalMove(board, move)) << move;
+    ASSERT_NE(capturedType(move), King);
     makeMove(board, move);
     updateAttackInfo(board);
-    ASSERT_TRUE(isConsistent(board)) << describe(board);
-    ASSERT_FALSE(contains(attacksBy(board, board.stm), board.enemy().kingSquare))
-        << describe(board);
+    ASSERT_TRUE(isConsistent(board)) << move;
+    ASSERT_FALSE(contains(attacksBy(board, board.stm), board.enemy().kingSquare)) << move;
     if (depth > 0 && random.below(16) == 0) exercise(board, random, depth - 1);
     unmakeMove(board, move, undo);
-    ASSERT_EQ(test::difference(board, before), "") << describe(board) << std::hex << ' ' << move;
+    ASSERT_EQ(difference(board, before), "") << move;
   }
   char text[MoveTextSize];
   moveToText(board, text, random.bits());
   moveToSan(board, text, moves.empty() ? random.bits() : moves[0]);
   const Move parsed = parseMove(board, text);
   if (!moves.empty()) {
-    ASSERT_EQ(parsed, moves[0]) << describe(board) << ' ' << text;
+    ASSERT_EQ(parsed, moves[0]) << text;
   }
 }
 
 // Reads the text. True when it is accepted; then it must survive everything.
-bool tryText(const std::string& text, test::RandomPositions& random) {
-  Board board = test::boardOf(test::KiwipeteFen);
+bool tryText(const std::string& text, RandomPositions& random) {
+  SCOPED_TRACE(text);
+  Board board = boardOf(KiwipeteFen);
   parseMove(board, text.c_str());
   if (!setFen(board, text.c_str())) return false;
   exercise(board, random, 1);
-  Board again;
-  EXPECT_TRUE(setFen(again, getFen(board).text())) << text;
-  EXPECT_EQ(again.key, board.key) << text;
-  EXPECT_EQ(again.squares, board.squares) << text;
+  const Board again = boardOf(getFen(board).text());
+  EXPECT_EQ(again.key, board.key);
+  EXPECT_EQ(again.squares, board.squares);
   if (random.below(50) == 0) {
-    test::Capture capture;
+    Capture capture;
     printBoard(board, capture.stream());
     EXPECT_NE(capture.text().find(getFen(board).text()), std::string::npos);
   }
   return true;
 }
 
-std::string pick(test::RandomPositions& random, const std::string& letters) {
+std::string pick(RandomPositions& random, const std::string& letters) {
   return letters.substr(random.below(static_cast<std::uint32_t>(letters.size())), 1);
 }
 
 // Kings and men anywhere, any rights, any en-passant square.
-std::string randomPlacement(test::RandomPositions& random) {
+std::string randomPlacement(RandomPositions& random) {
   std::string squares(64, '1');
   const auto put = [&](char letter) {
     const std::uint32_t square = random.below(64);
@@ -157,12 +149,12 @@ std::string randomPlacement(test::RandomPositions& random) {
 }
 
 // What the random text is made of: nothing, a position of a game or a strange one.
-std::string randomBase(test::RandomPositions& random) {
+std::string randomBase(RandomPositions& random) {
   switch (random.below(6)) {
     case 0:
       return "";
     case 1:
-      return test::VariedFens[random.below(std::size(test::VariedFens))];
+      return VariedFens[random.below(std::size(VariedFens))];
     case 2:
       return StrangeFens[random.below(std::size(StrangeFens))];
     default:
@@ -171,25 +163,25 @@ std::string randomBase(test::RandomPositions& random) {
 }
 
 TEST(StrangePositions, ChosenOnesAreSafe) {
-  test::RandomPositions random(71);
-  const test::StreamCapture errors(stderr);
+  RandomPositions random(71);
+  const StreamCapture errors(stderr);
   for (const char* fen : StrangeFens) {
     for (int i = 0; i < 50; ++i) ASSERT_TRUE(tryText(fen, random)) << fen;
   }
 }
 
 TEST(StrangePositions, RandomTextsAreReadSafely) {
-  test::RandomPositions random(72);
-  const test::StreamCapture errors(stderr);
+  RandomPositions random(72);
+  const StreamCapture errors(stderr);
   int accepted = 0;
-  for (int i = 0; i < 2 * test::PropertyPositions; ++i) {
+  for (int i = 0; i < 2 * PropertyPositions; ++i) {
     std::string text = randomBase(random);
-    test::damage(text, random, 5, "KQRBNPkqrbnp/12345678 wb-abcdefgh09\t");
+    damage(text, random, 5, "KQRBNPkqrbnp/12345678 wb-abcdefgh09\t");
     if (tryText(text, random)) ++accepted;
     ASSERT_FALSE(HasFailure()) << text;
   }
-  EXPECT_GT(accepted, test::PropertyPositions / 4);
+  EXPECT_GT(accepted, PropertyPositions / 4);
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

@@ -8,6 +8,7 @@
 #include "board/fen.h"
 #include "book/book_selector.h"
 #include "quill_book/book_builder.h"
+#include "quill_book/book_check.h"
 #include "support/book_file.h"
 #include "support/play.h"
 
@@ -31,6 +32,7 @@ class DefaultBook : public testing::Test {
     const std::string path = folder_.file("quill.bbk");
     ASSERT_TRUE(builder.write(path));
     ASSERT_TRUE(book_.open(path.c_str()));
+    EXPECT_TRUE(checkBook(path, stderr).isSound());
   }
 
   // The moves that the settings' defaults let the engine play.
@@ -69,23 +71,6 @@ TEST_F(DefaultBook, UsualLinesAreHeldTenPliesDeep) {
     playMoves(board, line);
     EXPECT_GT(book_.loadCandidates(getFen(board).text()), 0) << line;
   }
-}
-
-// A book that ends after a few moves is no use: plays both sides by the selector's draws.
-TEST_F(DefaultBook, DrawnLinesLastForSeveralMoves) {
-  constexpr int Lines = 200;
-  int plies = 0;
-  for (int i = 0; i < Lines; ++i) {
-    Board board = boardOf(StartFen);
-    for (; board.ply < 24; ++plies) {
-      const auto entry = selector_.probe(getFen(board).text());
-      if (!entry) break;
-      playMoves(board, Book::moveText(*entry).data());
-      ASSERT_FALSE(HasFatalFailure());
-    }
-  }
-  RecordProperty("pliesOf200Lines", plies);
-  EXPECT_GE(plies, 8 * Lines);
 }
 
 }  // namespace

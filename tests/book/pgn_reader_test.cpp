@@ -5,7 +5,7 @@
 
 #include <sstream>
 
-namespace quill {
+namespace quill::test {
 namespace {
 
 std::vector<PgnGame> readAll(const std::string& text, int maxPly = 100) {
@@ -142,4 +142,4 @@ TEST(PgnReader, LongTextsAreReadInPieces) {
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

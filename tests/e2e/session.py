@@ -4,6 +4,7 @@ import os
 import re
 import subprocess
 import tempfile
+import typing
 import unittest
 
 QUILL = os.environ["QUILL"]
@@ -11,13 +12,12 @@ TIMEOUT = 120  # seconds; generous, for builds with sanitizers on busy machines
 START_FEN = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR"
 
 
-class Result:
+class Result(typing.NamedTuple):
     """What a finished session left behind."""
 
-    def __init__(self, out, err, log):
-        self.out = out
-        self.err = err
-        self.log = log  # of the error log file, "" without one
+    out: str
+    err: str
+    log: str  # of the error log file, "" without one
 
     def answers(self):
         return re.findall(r"^bestmove .*$", self.out, re.MULTILINE)

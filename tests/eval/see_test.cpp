@@ -8,11 +8,8 @@
 #include "support/play.h"
 #include "support/reference.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
-
-using test::boardOf;
-using test::moveOf;
 
 int seeOf(const char* fen, const char* squares) {
   Board board = boardOf(fen);
@@ -20,9 +17,9 @@ int seeOf(const char* fen, const char* squares) {
 }
 
 TEST(See, ReferencePositionsAgree) {
-  test::forEachReference([](const Board& board, const auto& reference) {
+  forEachReference([](const Board& board, const auto& reference) {
     std::size_t i = 0;
-    for (const Move move : test::movesIn(reference["bits"])) {
+    for (const Move move : movesIn(reference["bits"])) {
       // Below 0 only the sign is promised.
       EXPECT_EQ(std::max(see(board, move), -1),
                 std::max(reference["see"][i].template get<int>(), -1))
@@ -75,4 +72,4 @@ TEST(SeeSquare, PinnedPiecesStillStandInTheWay) {
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

@@ -6,12 +6,12 @@
 #include "shell/startup.h"
 #include "support/capture.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
 
 // The lines that are read from a file with the given bytes.
 std::vector<std::string> linesOf(const std::string& bytes, std::size_t limit) {
-  const test::TestFolder folder;
+  const TestFolder folder;
   std::FILE* in = std::fopen(folder.write("input", bytes).c_str(), "r");
   InputLines input(in);
   std::vector<std::string> lines;
@@ -40,7 +40,7 @@ TEST(Console, TellsMovesAndPositionsByTheirCharacters) {
 }
 
 TEST(StartUp, AProcessorWithoutTheInstructionsIsRefused) {
-  test::StreamCapture errors(stderr);
+  StreamCapture errors(stderr);
   EXPECT_EQ(checkProcessor(true, true), 0);
   EXPECT_EQ(errors.take(), "");
   EXPECT_EQ(checkProcessor(false, false), -1);
@@ -50,4 +50,4 @@ TEST(StartUp, AProcessorWithoutTheInstructionsIsRefused) {
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

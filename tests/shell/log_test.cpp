@@ -5,13 +5,13 @@
 
 #include "support/capture.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
 
 using testing::MatchesRegex;
 
 TEST(Log, WritesToItsStreamUntilSwitchedOff) {
-  test::LogCapture captured;
+  LogCapture captured;
   log("a=%i", 5);
   log("b\n");
   EXPECT_EQ(captured.text(), "a=5b\n");
@@ -24,7 +24,7 @@ TEST(Log, WritesToItsStreamUntilSwitchedOff) {
 }
 
 TEST(Log, TraceLinesBeginWithTenDigits) {
-  test::LogCapture captured;
+  LogCapture captured;
   trace("go", "depth 5");
   trace("one");
   trace(nullptr);
@@ -32,4 +32,4 @@ TEST(Log, TraceLinesBeginWithTenDigits) {
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

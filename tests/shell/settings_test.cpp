@@ -6,11 +6,8 @@
 
 #include "support/capture.h"
 
-namespace quill {
+namespace quill::test {
 namespace {
-
-using test::Capture;
-using test::TestFolder;
 
 // What dump says after loading a file with the given bytes.
 std::string loaded(const std::string& bytes) {
@@ -35,7 +32,7 @@ TEST(Settings, LinesAreReadAsKeysAndValues) {
 
 TEST(Settings, ZeroBytesAreEndured) {
   using namespace std::string_literals;
-  const test::LogCapture quiet;
+  const LogCapture quiet;
   EXPECT_EQ(loaded("\0\0a=1\n"s), "");
   std::string zeros;
   for (int i = 0; i < 100'000; ++i) zeros += "a\0\n"s;
@@ -67,4 +64,4 @@ TEST(Settings, ValuesAreSharedAndDefaultsServe) {
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

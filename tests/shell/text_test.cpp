@@ -5,7 +5,7 @@
 #include <climits>
 #include <string>
 
-namespace quill {
+namespace quill::test {
 namespace {
 
 TEST(Text, AppendToASharedBlockLeavesTheSiblingAlone) {
@@ -121,4 +121,4 @@ TEST(Tokenizer, AMegabyteOfWordsIsReadInNoTime) {
 }
 
 }  // namespace
-}  // namespace quill
+}  // namespace quill::test

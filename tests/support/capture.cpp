@@ -11,27 +11,21 @@
 
 namespace quill::test {
 
-namespace {
+Capture::Capture() : file_(std::tmpfile()) {}
 
-std::string readAll(std::FILE* file, std::size_t from) {
-  std::fflush(file);
+Capture::~Capture() { std::fclose(file_); }
+
+std::string Capture::text() {
+  std::fflush(nullptr);  // a standard stream may have the file as its target
   std::string bytes;
   char buffer[4096];
   // pread leaves the position that the writers share alone.
-  for (ssize_t n; (n = pread(fileno(file), buffer, sizeof buffer,
-                             static_cast<off_t>(from + bytes.size()))) > 0;) {
+  for (ssize_t n; (n = pread(fileno(file_), buffer, sizeof buffer,
+                             static_cast<off_t>(taken_ + bytes.size()))) > 0;) {
     bytes.append(buffer, static_cast<std::size_t>(n));
   }
   return bytes;
 }
-
-}  // namespace
-
-Capture::Capture() : stream_(std::tmpfile()) {}
-
-Capture::~Capture() { std::fclose(stream_); }
-
-std::string Capture::text() { return readAll(stream_, taken_); }
 
 std::string Capture::take() {
   std::string result = text();
@@ -45,23 +39,13 @@ LogCapture::~LogCapture() { setLogStream(stdout); }
 
 StreamCapture::StreamCapture(std::FILE* stream) : stream_(stream), saved_(dup(fileno(stream))) {
   std::fflush(stream_);
-  dup2(fileno(file_.stream()), fileno(stream_));
+  dup2(fileno(Capture::stream()), fileno(stream_));
 }
 
 StreamCapture::~StreamCapture() {
   std::fflush(stream_);
   dup2(saved_, fileno(stream_));
   close(saved_);
-}
-
-std::string StreamCapture::text() {
-  std::fflush(stream_);
-  return file_.text();
-}
-
-std::string StreamCapture::take() {
-  std::fflush(stream_);
-  return file_.take();
 }
 
 TestFolder::TestFolder() : path_(testing::TempDir() + "quill_test_XXXXXX") {

@@ -14,13 +14,13 @@ class Capture {
   Capture(const Capture&) = delete;
   Capture& operator=(const Capture&) = delete;
 
-  std::FILE* stream() { return stream_; }
+  std::FILE* stream() { return file_; }
   // Everything written so far, or since the last take.
   std::string text();
   std::string take();
 
  private:
-  std::FILE* stream_;
+  std::FILE* file_;
   std::size_t taken_ = 0;
 };
 
@@ -32,19 +32,13 @@ class LogCapture : public Capture {
 };
 
 // While it lives, what is written to a standard stream (stdout or stderr) goes into it.
-class StreamCapture {
+class StreamCapture : public Capture {
  public:
   explicit StreamCapture(std::FILE* stream);
   ~StreamCapture();
-  StreamCapture(const StreamCapture&) = delete;
-  StreamCapture& operator=(const StreamCapture&) = delete;
-
-  std::string text();
-  std::string take();
 
  private:
   std::FILE* stream_;
-  Capture file_;
   int saved_;  // descriptor of the stream's real target
 };
 

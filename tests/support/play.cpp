@@ -50,6 +50,11 @@ std::vector<Move> legalMovesOf(Board& board) {
   return {list, end};
 }
 
+std::vector<Move> capturesOf(const Board& board, Bitboard targets) {
+  Move list[MaxMoves];
+  return {list, generateCaptures(board, list, targets)};
+}
+
 bool isOneOf(const std::vector<Move>& moves, Move move) {
   return std::any_of(moves.begin(), moves.end(), [move](Move m) { return isSameMove(m, move); });
 }

@@ -22,6 +22,9 @@ void playMoves(Board& board, const std::string& texts);
 // All legal moves, in the generator's order.
 std::vector<Move> legalMovesOf(Board& board);
 
+// The captures onto the targets, in the generator's order. Requires: no check.
+std::vector<Move> capturesOf(const Board& board, Bitboard targets = ~Bitboard{0});
+
 // Whether the move is among the others, but for its mark.
 bool isOneOf(const std::vector<Move>& moves, Move move);
 
