@@ -29,7 +29,8 @@ is_installed() {
 }
 
 # install_missing PACKAGE...: installs those Debian packages that are missing. If none is, it
-# changes nothing and needs neither rights nor a network. Other systems are only told what is needed.
+# changes nothing and needs neither rights nor a network. On other systems it only says what is
+# needed, which may well be installed already.
 install_missing() {
   if ! command -v apt-get > /dev/null; then
     say "not a Debian machine; this needs the equivalents of: $*"
