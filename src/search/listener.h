@@ -18,8 +18,8 @@ class SearchListener {
   // centipawns, side to move's view; the line itself is in the RootMoveList.
   virtual void reportPv(int depth, int score, Move move) = 0;
 
-  // Once at the end of every search, with the last iteration's depth and the best root move (0: no
-  // legal move).
+  // Once at the end of every search, with the last iteration's depth and the best root move, which
+  // is 0 when there is no legal move.
   virtual void searchFinished(int depth, int score, Move move) = 0;
 };
 

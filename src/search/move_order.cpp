@@ -17,8 +17,8 @@ constexpr int BadCaptureScore = -8192;
 constexpr int AdvancedPawnScore = 768;  // a pawn arriving on its seventh or eighth rank
 constexpr int CastlingScore = 128;
 
-// Killers of this ply, of our move before it and of our next one; two slots each. Gaps keep the
-// groups apart.
+// Killers of this ply, of our move before it and of our next one, two slots each. The gaps keep
+// these groups apart.
 constexpr int KillerScore = 1024;
 constexpr int EarlierKillerScore = 1022;
 constexpr int LaterKillerScore = 1018;

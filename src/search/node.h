@@ -25,8 +25,7 @@ inline int pieces(const Board& board, Colour colour) {
   return pieceCount(board.side[colour].material);
 }
 
-// Makes the move and all that its child relies on; the child's table lines are on their way
-// meanwhile.
+// Makes the move, and asks for the child's table lines before it computes what the child relies on.
 inline void makeForSearch(Worker& worker, Move move) {
   makeMove(worker.board, move);
   worker.tt.prefetch(worker.board);
@@ -38,8 +37,8 @@ inline void makeForSearch(Worker& worker, Move move) {
 // being set then.
 bool pollLimits(Worker& worker);
 
-// Whether what the table knows, a score made relative to this node, decides a node of the depth and
-// window.
+// Whether a table entry decides a node of this depth and window. The score is the entry's, made
+// relative to the node.
 inline bool cutsOff(const TtEntry& entry, int score, int depth, int alpha, int beta) {
   const int bound = entry.bound & ExactBound;
   if (entry.depth >= depth) {

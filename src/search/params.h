@@ -11,9 +11,8 @@ inline constexpr int MaxSearchPly = 128;
 // A side that is mated at ply p scores -MateScore + p.
 inline constexpr int MateScore = 30000;
 inline constexpr int DrawScore = 0;
-// From here on a score is decisive: no evaluation reaches it, static pruning keeps away from it, a
-// table entry of any depth proves it, and windows beyond it are narrowed by the mates that are
-// still possible.
+// From here on a score is decisive: no evaluation reaches it, static pruning leaves it alone, and a
+// table entry of any depth proves it.
 inline constexpr int DecisiveScore = 10000;
 // From here on a score is a forced mate: internal deepening takes it as it is, and reports show it
 // as a count of moves.
@@ -25,8 +24,8 @@ inline constexpr int TableMateScore = 29010;
 inline constexpr int DeepestPly = 119;
 inline constexpr int DeepestIteration = 120;
 
-// How far the static evaluation may be off at a remaining depth: for static null-move pruning and
-// futility pruning.
+// How far the static evaluation may be off, by remaining depth: for static null-move pruning and
+// for futility pruning.
 inline constexpr std::array<int, 7> Margin = {0, 50, 50, 250, 550, 1150, 1150};
 
 inline constexpr int StaticNullDepth = 4;  // static null-move pruning up to this depth

@@ -39,8 +39,8 @@ struct QNode {
   UndoInfo undo{};
 };
 
-// The moves of one phase. Captures are picked one by one, so that a cut-off spares the sorting of
-// the rest; the other lists arrive sorted.
+// The moves of one phase. Captures are picked one by one, so that a cut-off saves sorting the rest;
+// the other lists arrive sorted.
 struct QMoves {
   Move list[MaxMoves];
   int scores[MaxMoves];
@@ -253,7 +253,7 @@ Verdict takeScore(Worker& worker, QNode& node, Move move, int score, bool isKill
   return {};
 }
 
-// The mover's own mate in one, searched before anything else.
+// The side to move's own mate in one, searched before anything else.
 Verdict searchMateInOne(Worker& worker, QNode& node) {
   Board& board = worker.board;
   const bool wanted = (node.flags & InQuiescence) != 0 || isTactical(board.moves[board.ply]);

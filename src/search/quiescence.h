@@ -1,5 +1,5 @@
-// The quiescence search: resolves captures, checks and threats before the static evaluation is
-// trusted.
+// The quiescence search: it resolves captures, checks and threats, and trusts the static evaluation
+// of the quiet positions that it comes to.
 #pragma once
 
 namespace quill {

@@ -40,8 +40,8 @@ void storeRoot(SearchState& state, Move move, int bound, int depth, int score, i
   state.tt.storeScore(state.master(), bound, depth, 0, score, move, eval);
 }
 
-// Searches the move at the slot, which has been made: with the open window when it may become a
-// line of its own, else with a zero window first.
+// Searches the move at the slot, which has been made: with the open window if it may become a line
+// of its own, else with a zero window first.
 int searchRootMove(SearchState& state, int slot, int depth, int alpha, int beta) {
   Worker& master = state.master();
   TimeControl& timeControl = state.timeControl;
@@ -74,8 +74,7 @@ int raiseAlpha(const SearchState& state, int depth, int alpha, int score) {
   return alpha;
 }
 
-// What a root move's score means for the list, the clock and the listener. True when it failed
-// high.
+// Takes a root move's score to the list, the clock and the listener. True when it failed high.
 bool takeRootScore(SearchState& state, int slot, int depth, int& alpha, int beta, int score,
                    int eval) {
   RootMoveList& moves = state.rootMoves;
@@ -161,7 +160,7 @@ void aspirationSearch(SearchState& state, int depth) {
   }
 }
 
-// Writes the best line into the table, so that the next iteration follows it though its entries may
+// Writes the best line into the table, so that the next iteration follows it even where its entries
 // have been displaced.
 void writeBackLine(SearchState& state) {
   Worker& master = state.master();

@@ -1,8 +1,8 @@
 // The main search: a fail-soft principal-variation alpha-beta search below the root.
 //
 // Scores are signed centipawns from the side to move's view. A node is searched in numbered steps,
-// most of them a function of their own; the one that searches a move, searchMove, serves the move
-// loop of a node and that of a split point alike.
+// most of them a function of their own. The step for one move, searchMove, serves the move loop of
+// a node and that of a split point alike.
 //
 // Threads: a search touches its own Worker alone, but for the shared transposition table and the
 // split points. Once the worker has to unwind every level returns 0 at once and stores nothing;

@@ -1,10 +1,9 @@
 // The record of the search that runs: what its threads share, what was asked of it, how far it has
 // come and whether it has to end. The pool holds the one there is; each search begins with reset.
 //
-// Threads: reset and the options belong to the input thread while all threads are idle. A search
-// owns the rest: rootMoves and iterationDepth are the master's, and may be read by others once the
-// pool is idle (waitIdle orders their reads behind the master's writes). The atomics say how they
-// are shared.
+// Threads: reset and the options belong to the input thread while all threads are idle. While a
+// search runs, rootMoves and iterationDepth belong to the master; others may read them once the
+// pool is idle (waitIdle orders their reads after its writes). The atomics tell how they are shared.
 #pragma once
 
 #include <atomic>
@@ -37,8 +36,8 @@ inline constexpr int DefaultMultiPvMargin = 100;
 struct SearchState {
   SearchState(Tt& ttRef, TimeControl& timeControlRef);
 
-  // Forgets the last search, in every worker too, and takes the options over for the next one,
-  // which reports to the listener (none: to nobody) and, unless it is quiet, prints console lines.
+  // Forgets the last search, in every worker too, and takes over the options for the next one. It
+  // will report to the listener (none: to nobody) and, unless it is quiet, print console lines.
   void reset(SearchListener* newListener, bool isQuiet);
 
   // Worker 0, which runs the root search.
@@ -63,7 +62,7 @@ struct SearchState {
   std::span<const std::unique_ptr<Worker>> workers;
 
   // Options, and what the running search took over of them.
-  int multiPv = 1;          // lines wanted; 0 counts as 1
+  int multiPv = 1;                           // lines wanted; 0 counts as 1
   int multiPvMargin = DefaultMultiPvMargin;  // centipawns, 0 = none
   int activeMultiPv = 1;
   int activeMultiPvMargin = DefaultMultiPvMargin;
@@ -75,15 +74,13 @@ struct SearchState {
   int iterationDepth = 0;  // 0 before the first iteration
 
   // Ends the iteration loop; set before the workers' stop flags. Sequentially consistent where it
-  // is set and where a worker has just lowered its stop flag, so that one of the two is always
-  // seen.
+  // is set and where a worker has just lowered its stop flag, so that one of the two is noticed.
   std::atomic<bool> rootStop{false};
   // StopReason. Sequentially consistent, against TimeControl::infinite: see Uci::ponderhit.
   std::atomic<int> stopReason{StopNone};
 
-  // Threads that wait for a split point; below 0 while one thread hands them out. Sequentially
-  // consistent where it is changed, relaxed where the move loop looks whether a split is worth
-  // trying.
+  // Threads that wait for a split point; below 0 while one thread hands out work. Sequentially
+  // consistent where it changes, relaxed where the move loop asks whether a split is worth trying.
   std::atomic<int> idleCount{0};
   platform::SpinLock poolLock;  // who is idle, and who may be killed; taken before a worker's lock
 };

@@ -1,7 +1,7 @@
 // The transposition table: what is known of a position, shared by all search threads without locks.
 //
-// An entry has 16 bytes, a bucket four entries in one cache line. Replacement prefers entries of
-// earlier searches, then low depth.
+// An entry has 16 bytes, and a bucket is four entries in one cache line. A new entry replaces one
+// of an earlier search first, then the one of least depth.
 //
 // Threads: an entry is read and written as two relaxed 64-bit atomics. A reader may see halves of
 // two writers; the lock comparison and the legality test of the move in probe make that harmless: a
@@ -60,7 +60,7 @@ class Tt {
   // Ages all entries by one generation.
   void newSearch() { ++generation_; }
 
-  // True when the position of the worker's board is known by an entry whose move (if any) is legal.
+  // Whether there is an entry of the position on the worker's board, its move, if any, being legal.
   bool probe(const Worker& worker, TtEntry& out);
   // Stores an entry whose move, bound, depth, score (relative to the node) and eval are set.
   void store(Worker& worker, TtEntry entry);
@@ -69,8 +69,8 @@ class Tt {
   // Empties every entry of the position; tells whether there was one.
   bool remove(const Worker& worker);
 
-  // Asks for the bucket of the board's position, or of the one that follows it by the move (0: the
-  // null move).
+  // Ask for the bucket of the board's position, and for that of the position after the move (0: the
+  // null move), before it is needed.
   void prefetch(const Board& board) const { prefetch(board.key, board.stm); }
   void prefetchChild(const Board& board, Move move) const {
     prefetch(keyAfter(board, move), board.stm ^ 1);

@@ -90,8 +90,7 @@ struct Worker {
   Tt& tt;
   const int index;  // 0 = master
 
-  // Its thread. What is done for an idle worker comes before what it does itself: the events order
-  // it.
+  // Its thread. The events order what is done for an idle worker before what it does itself.
   platform::Thread thread;
   platform::Event wakeEvent;
   platform::Event idleEvent;

@@ -72,8 +72,7 @@ void publishBest(SplitPoint& split, const LocalBest& best) {
   split.bestMove = best.move;
 }
 
-// The move loop at a split point, run by the owner and by every helper, each on its own board at
-// the node.
+// The move loop at a split point, run by the owner and by every helper, each on a board of its own.
 void searchSplitPoint(Worker& worker, SplitPoint& split) {
   const NodeParams& node = split.node;
   const int entryAlpha = split.alpha.load(std::memory_order_relaxed);

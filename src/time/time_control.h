@@ -4,9 +4,9 @@
 // copies its budget into the current limit, so that the polls of the search never compute anything.
 //
 // Threads: the input thread configures and starts it, the search's master thread moves it between
-// phases, all search threads read the limits. The shared fields are relaxed atomics: a stale read
-// only shifts a stop by one poll. enterPhase and ponderhit exclude each other with a lock; both are
-// rare.
+// phases, all search threads read the limits. Most shared fields are relaxed atomics: a stale read
+// only delays a stop until the next poll. enterPhase and ponderhit, which are rare, exclude each
+// other with a lock.
 #pragma once
 
 #include <array>
@@ -51,9 +51,8 @@ class TimeControl {
   // The tick source counts milliseconds modulo 2^32; none means the platform's.
   explicit TimeControl(TickSource ticks = nullptr);
 
-  // Takes the limits of the next search and computes the budgets of all phases from them. The stm
-  // is the side that searches. Without a clock and a move time the budgets of time stay as they
-  // are.
+  // Takes the limits of the next search, which the side stm makes, and computes the budgets of all
+  // phases from them. Without a clock and a move time the budgets of time stay as they are.
   void configure(const SearchLimits& limits, Colour stm = White);
   // The same time for every phase, ms, until a search is configured otherwise.
   void setMoveTime(std::uint32_t ms);

@@ -12,17 +12,22 @@
 
 namespace quill {
 
-struct Options::Option {
-  enum Type { Spin, Check, Text, About, Hidden };
+namespace {
 
+enum OptionType { Spin, Check, Text, About, Hidden };
+// How the announcement is padded: the name to 15 columns, the type to 6 too, or the name to 26.
+enum OptionLayout { Plain, Typed, Wide };
+
+}  // namespace
+
+struct Options::Option {
   const char* name;  // of two words: the second is no value and has to follow
-  Type type;
+  OptionType type;
   int defaultValue;  // of a check: 0 or 1; what a missing number stands for
   int min;           // numbers outside min..max are moved into it
   int max;
   bool needsIdle;  // can't change under a search
-  int nameWidth;   // columns of the announcement
-  int typeWidth;
+  OptionLayout layout;
   int index;  // of an evaluation weight
   void (Options::*set)(const Option& option, Tokenizer& words);
 
@@ -30,10 +35,6 @@ struct Options::Option {
 };
 
 namespace {
-
-constexpr int Narrow = 15;  // column widths of the announcement
-constexpr int Wide = 26;
-constexpr int Typed = 6;
 
 // The value, with or without the word "value" before it.
 EngineString readValue(Tokenizer& words) {
@@ -58,27 +59,28 @@ bool readBool(Tokenizer& words) { return equalsIgnoreCase(readValue(words).text(
 
 // clang-format off
 const Options::Option Options::Table[] = {
-    // name                          type            default               min max  idle  columns        index
-    {"UCI_EngineAbout",            Option::About,  0,                      0,  0,    false, Narrow, 0,     0, nullptr},
-    {"UCI_Opponent",               Option::Text,   0,                      0,  0,    false, Narrow, 0,     0, &Options::setOpponent},
-    {"UCI_AnalyseMode",            Option::Check,  0,                      0,  1,    false, Narrow, 0,     0, &Options::setNothing},
+    // name                        type    default               min max         idle   layout index
+    {"UCI_EngineAbout",            About,  0,                    0, 0,          false, Plain, 0, nullptr},
+    {"UCI_Opponent",               Text,   0,                    0, 0,          false, Plain, 0, &Options::setOpponent},
+    {"UCI_AnalyseMode",            Check,  0,                    0, 1,          false, Plain, 0, &Options::setNothing},
     // the default is the number in use
-    {"Threads",                    Option::Spin,   1,                      1,  MaxThreads, true, Narrow, Typed, 0, &Options::setThreads},
-    {"Hash",                       Option::Spin,   Tt::DefaultMegabytes,   1,  4096, true,  Narrow, Typed, 0, &Options::setHash},
-    {"Ponder",                     Option::Check,  1,                      0,  1,    false, Narrow, Typed, 0, &Options::setPonder},
-    {"MultiPV",                    Option::Spin,   1,                      1,  256,  false, Narrow, Typed, 0, &Options::setMultiPv},
-    {"MultiPVMargin",              Option::Spin,   DefaultMultiPvMargin,   0,  2000, false, Narrow, Typed, 0, &Options::setMultiPvMargin},
-    {"OwnBook",                    Option::Check,  1,                      0,  1,    false, Narrow, Typed, 0, &Options::setOwnBook},
-    {"eval.mobility.opening",      Option::Spin,   100,                    0,  1000, true,  Wide,   0,     MobilityOpening, &Options::setWeight},
-    {"eval.mobility.endgame",      Option::Spin,   100,                    0,  1000, true,  Wide,   0,     MobilityEndgame, &Options::setWeight},
-    {"eval.passedpawns.opening",   Option::Spin,   100,                    0,  1000, true,  Wide,   0,     PassedPawnsOpening, &Options::setWeight},
-    {"eval.passedpawns.endgame",   Option::Spin,   100,                    0,  1000, true,  Wide,   0,     PassedPawnsEndgame, &Options::setWeight},
-    {"eval.pawnstructure.opening", Option::Spin,   100,                    0,  1000, true,  Wide,   0,     PawnStructureOpening, &Options::setWeight},
-    {"eval.pawnstructure.endgame", Option::Spin,   100,                    0,  1000, true,  Wide,   0,     PawnStructureEndgame, &Options::setWeight},
-    {"eval.kingattack",            Option::Spin,   100,                    0,  1000, true,  Wide,   0,     KingAttack, &Options::setWeight},
+    {"Threads",                    Spin,   1,                    1, MaxThreads, true,  Typed, 0, &Options::setThreads},
+    {"Hash",                       Spin,   Tt::DefaultMegabytes, 1, 4096,       true,  Typed, 0, &Options::setHash},
+    {"Ponder",                     Check,  1,                    0, 1,          false, Typed, 0, &Options::setPonder},
+    {"MultiPV",                    Spin,   1,                    1, 256,        false, Typed, 0, &Options::setMultiPv},
+    {"MultiPVMargin",              Spin,   DefaultMultiPvMargin, 0, 2000,       false, Typed, 0, &Options::setMultiPvMargin},
+    {"OwnBook",                    Check,  1,                    0, 1,          false, Typed, 0, &Options::setOwnBook},
+    // percent
+    {"eval.mobility.opening",      Spin,   100,                  0, 1000,       true,  Wide,  MobilityOpening, &Options::setWeight},
+    {"eval.mobility.endgame",      Spin,   100,                  0, 1000,       true,  Wide,  MobilityEndgame, &Options::setWeight},
+    {"eval.passedpawns.opening",   Spin,   100,                  0, 1000,       true,  Wide,  PassedPawnsOpening, &Options::setWeight},
+    {"eval.passedpawns.endgame",   Spin,   100,                  0, 1000,       true,  Wide,  PassedPawnsEndgame, &Options::setWeight},
+    {"eval.pawnstructure.opening", Spin,   100,                  0, 1000,       true,  Wide,  PawnStructureOpening, &Options::setWeight},
+    {"eval.pawnstructure.endgame", Spin,   100,                  0, 1000,       true,  Wide,  PawnStructureEndgame, &Options::setWeight},
+    {"eval.kingattack",            Spin,   100,                  0, 1000,       true,  Wide,  KingAttack, &Options::setWeight},
     // accepted, but not announced
-    {"Clear Hash",                 Option::Hidden, 0,                      0,  0,    true,  0,      0,     0, &Options::clearHash},
-    {"SendPv",                     Option::Hidden, 1,                      0,  1,    false, 0,      0,     0, &Options::setSendPv},
+    {"Clear Hash",                 Hidden, 0,                    0, 0,          true,  Plain, 0, &Options::clearHash},
+    {"SendPv",                     Hidden, 1,                    0, 1,          false, Plain, 0, &Options::setSendPv},
 };
 // clang-format on
 
@@ -86,20 +88,21 @@ std::string Options::announcement() const {
   constexpr const char* TypeNames[] = {"spin", "check", "string", "string", ""};
   std::string text;
   for (const Option& option : Table) {
-    if (option.type == Option::Hidden) continue;
+    if (option.type == Hidden) continue;
     char line[128];
-    int used = std::snprintf(line, sizeof line, "option name %-*s type %-*s", option.nameWidth,
-                             option.name, option.typeWidth, TypeNames[option.type]);
+    int used = std::snprintf(line, sizeof line, "option name %-*s type %-*s",
+                             option.layout == Wide ? 26 : 15, option.name,
+                             option.layout == Typed ? 6 : 0, TypeNames[option.type]);
     const auto append = [&](const auto... parts) {
       used += std::snprintf(line + used, sizeof line - static_cast<std::size_t>(used), parts...);
     };
-    if (option.type == Option::Spin) {
+    if (option.type == Spin) {
       const bool isThreads = option.set == &Options::setThreads;
       append(" default %i min %i max %i", isThreads ? pool_.threadCount() : option.defaultValue,
              option.min, option.max);
-    } else if (option.type == Option::Check) {
+    } else if (option.type == Check) {
       append(" default %s", option.defaultValue != 0 ? "true" : "false");
-    } else if (option.type == Option::About) {
+    } else if (option.type == About) {
       append(" default %s-%s by %s", EngineName, EngineVersion, EngineAuthor);
     }
     text.append(line).append("\n");

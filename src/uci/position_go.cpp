@@ -52,8 +52,7 @@ bool Uci::setPosition() {
       if (equalsIgnoreCase(word, "moves")) break;
       fen.append(word).append(" ");
     }
-    // The board still holds the old position when the text makes no sense; the moves are not for
-    // it.
+    // When the text makes no sense the board keeps its position, for which the moves are not meant.
     if (!setFen(board_, fen.c_str())) return false;
   }
   return equalsIgnoreCase(word, "moves");

@@ -1,9 +1,9 @@
 // The Universal Chess Interface: takes a GUI's commands, runs searches for it and reports on them.
 //
-// Every input line is offered to dispatch; "status" keeps the commands and the end of a search in
-// step. Each side exchanges it for a new value and acts on the old one, so that of the command that
-// asks for a move and the search that ends just one sends it. Odd sequences are tolerated: each
-// gets a line of its own on standard error and the best answer there is.
+// Every input line is offered to dispatch. A status keeps the commands and the end of a search in
+// step: each side exchanges it for a new value and acts on the old one, so that exactly one of them
+// sends the move, the search that ends or the command that asks for it. Commands out of sequence
+// are tolerated: each gets a line of its own on standard error and the best answer there is.
 //
 // Threads: the input thread calls everything but the listener operations, which arrive on the
 // search's master thread. Both write to the output stream; each line or block is one write. The
@@ -40,8 +40,8 @@ enum UciStatus : int {
 
 class Uci final : public SearchListener {
  public:
-  // Protocol lines go to out; "uci" redirects standard error into the named file (nullptr: leaves
-  // it). All that is referred to must outlive the object.
+  // Protocol lines go to out; "uci" redirects standard error to the file of the name given, if any.
+  // What is referred to must outlive the object.
   Uci(ThreadPool& pool, EvalTables& evalTables, BookSelector& book, std::FILE* out,
       const char* errorLog = nullptr);
 
@@ -50,7 +50,7 @@ class Uci final : public SearchListener {
 
   bool uciMode() const { return uciMode_; }
   UciStatus status();
-  // A search that a command started has not ended yet.
+  // Whether a search that a command started has not ended yet.
   bool isSearching();
   // At the end of input: waits for a limited search to answer; ends an unlimited one. Blocks.
   void finish();
