@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include "eval/score_pair.h"
 #include "eval/trapped.h"
 #include "support/mirror.h"
 #include "support/play.h"
@@ -12,17 +11,6 @@
 
 namespace quill::test {
 namespace {
-
-TEST(ScorePair, SumsOfMixedSignsUnpackToTheSumsOfTheirHalves) {
-  const int values[] = {-9000, -32, -1, 0, 1, 24, 9000};
-  for (const int a : values)
-    for (const int b : values)
-      for (const int c : values) {
-        const ScorePair sum = makePair(a, b) + makePair(b, c) - makePair(c, a);
-        EXPECT_EQ(openingOf(sum), a + b - c);
-        EXPECT_EQ(endgameOf(sum), b + c - a);
-      }
-}
 
 class EvaluatorTest : public testing::Test {
  protected:
