@@ -11,6 +11,7 @@ import match
 import time_to_depth
 from chess_rules import Position
 from positions import MIDDLEGAMES, OPENINGS
+from uci_client import Answer
 
 
 class Positions(unittest.TestCase):
@@ -36,13 +37,11 @@ class MatchClock(unittest.TestCase):
         self.assertEqual(match.parse_control("40/20"), (20.0, 0.0, 40))
         self.assertEqual(match.parse_control("5"), (5.0, 0.0, 0))
 
-    def test_the_flag_falls_before_the_increment_comes(self):
+    def test_counts_increments_periods_and_flags(self):
         clock = match.Clock((1.0, 5.0, 0))
         self.assertTrue(clock.spend(0.9))
         self.assertAlmostEqual(clock.left, 5.1)
-        self.assertFalse(clock.spend(5.2))
-
-    def test_a_new_period_adds_its_time(self):
+        self.assertFalse(clock.spend(5.2))  # the flag falls before the increment comes
         clock = match.Clock((10.0, 0.0, 2))
         clock.spend(1.0)
         self.assertEqual((clock.to_go, clock.left), (1, 9.0))
@@ -63,13 +62,7 @@ class ScriptedPlayer:
         pass
 
     def go(self, *_):
-        return match_answer(self.moves.pop(0), self.seconds)
-
-
-def match_answer(move, seconds):
-    from uci_client import Answer
-
-    return Answer(f"bestmove {move}", [], seconds)
+        return Answer(f"bestmove {self.moves.pop(0)}", [], self.seconds)
 
 
 class Referee(unittest.TestCase):
