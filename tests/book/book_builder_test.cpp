@@ -117,10 +117,10 @@ TEST_F(BookMaking, RatingIsTheAverageOfThoseWhoChoseTheMove) {
 TEST_F(BookMaking, LargeCountsAreScaledDownTogether) {
   std::string pgn;
   for (int i = 0; i < 131070; ++i) pgn += "e4 1-0\n";
-  for (int i = 0; i < 1000; ++i) pgn += "e4 0-1\n";
+  for (int i = 0; i < 1001; ++i) pgn += "e4 0-1\n";
   for (int i = 0; i < 200; ++i) pgn += "d4 1/2-1/2\n";
   make(pgn);
-  EXPECT_EQ(held(StartFen), "e2e4/65535/0/500 d2d4/0/100/0 ");
+  EXPECT_EQ(held(StartFen), "e2e4/65535/0/501 d2d4/0/100/0 ");
 }
 
 TEST_F(BookMaking, MostPlayedMovesOfAPositionComeFirst) {
