@@ -138,7 +138,17 @@ TEST(PgnReader, LongTextsAreReadInPieces) {
     text += "}\r\n1. e4 e5\r\n2. Nf3 {" + std::string(70000, '\n') + "} 1-0";
     ASSERT_EQ(movesOf(text), "e4 e5 Nf3") << length;
   }
-  EXPECT_EQ(movesOf(readAll("1. e4 e5 2. d4 d5 3. nonsense 1-0", 3).at(0)), "e4 e5 d4");
+}
+
+TEST(PgnReader, WhatFollowsTheMovesThatAreKeptDoesNoHarm) {
+  for (const char* rest : {"d5 3. nonsense", "--", "averyverylongword", ") ]", "d5 [Round"}) {
+    const auto games = readAll(std::string("1. e4 e5 2. d4 ") + rest + " 1-0 1. c4 *", 3);
+    ASSERT_EQ(games.size(), 2u) << rest;
+    EXPECT_FALSE(games[0].error) << rest << ": " << games[0].error->reason;
+    EXPECT_EQ(movesOf(games[0]), "e4 e5 d4") << rest;
+    EXPECT_EQ(games[0].result, GameResult::WhiteWins) << rest;
+  }
+  EXPECT_TRUE(readAll("1. e4 { 1-0", 1).at(0).error) << "the comment may hide other games";
 }
 
 }  // namespace

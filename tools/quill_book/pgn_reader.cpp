@@ -168,7 +168,7 @@ bool PgnReader::readItem() {
     while (isDigit(source_.peek())) source_.get();
   } else if (c == ')' || c == '}' || c == '[' || c == ']') {
     source_.get();
-    fail(line, std::string("stray '") + static_cast<char>(c) + "'");
+    if (wantsMoves()) fail(line, std::string("stray '") + static_cast<char>(c) + "'");
   } else if (c == '\n' || isBlank(c)) {
     source_.get();
   } else {
@@ -228,6 +228,7 @@ bool PgnReader::useWord(std::string word, std::uint64_t line) {
     game_->result = *result;
     return true;
   }
+  if (!wantsMoves()) return false;
   std::string_view text = withoutMoveNumber(word);
   if (text.empty()) return false;
   if (text == "--" || text == "Z0") {
@@ -240,14 +241,16 @@ bool PgnReader::useWord(std::string word, std::uint64_t line) {
   }
   if (text.size() > MaxMoveLength) {
     fail(line, "not a move: " + printable(word));
-  } else if (static_cast<int>(game_->moves.size()) < maxPly_) {
-    game_->moves.push_back({line, std::string(text)});
-    // Some programs write castling with zeros; the engine reads letters.
-    std::string& move = game_->moves.back().text;
-    if (move.starts_with("0-0")) std::replace(move.begin(), move.end(), '0', 'O');
+    return false;
   }
+  game_->moves.push_back({line, std::string(text)});
+  // Some programs write castling with zeros; the engine reads letters.
+  std::string& move = game_->moves.back().text;
+  if (move.starts_with("0-0")) std::replace(move.begin(), move.end(), '0', 'O');
   return false;
 }
+
+bool PgnReader::wantsMoves() const { return static_cast<int>(game_->moves.size()) < maxPly_; }
 
 void PgnReader::fail(std::uint64_t line, std::string reason) {
   if (!game_->error) game_->error = PgnError{line, std::move(reason)};

@@ -41,7 +41,9 @@ struct PgnGame {
 
 class PgnReader {
  public:
-  // Keeps the first maxPly moves of each game. The stream must outlive the reader.
+  // Keeps the first maxPly moves of each game. Unreadable moves and stray brackets after those are
+  // not faults; a comment or variation without end always is, because it may hide other games.
+  // The stream must outlive the reader.
   PgnReader(std::istream& in, int maxPly);
 
   // Reads the next game. False at the end of the text.
@@ -61,6 +63,7 @@ class PgnReader {
   bool atForeignTag();
   std::string takeWord();
   bool useWord(std::string word, std::uint64_t line);
+  bool wantsMoves() const;
   void fail(std::uint64_t line, std::string reason);
 
   TextSource source_;
