@@ -154,13 +154,17 @@ TEST_F(BookMaking, BrokenGamesCostOneLineEachAndNothingElse) {
   EXPECT_EQ(held("8/8/8/3Pp3/8/8/k7/4K3 w - e6 0 1"), "d5e6/1/0/0 ");
 }
 
-TEST_F(BookMaking, FailedWriteLeavesTheOldBook) {
+TEST_F(BookMaking, OnlyTheFileOfTheBooksNameIsReplaced) {
+  const std::string neighbour = folder.write("made.bbk.part", "1. d4 1-0");
+  make("1. d4 1-0");
   make("1. e4 1-0");
+  EXPECT_EQ(std::filesystem::file_size(neighbour), 9u);
   EXPECT_FALSE(BookBuilder({}).write(folder.file("no/such/folder")));
   std::filesystem::create_directory(folder.file("dir.bbk"));
   EXPECT_FALSE(BookBuilder({}).write(folder.file("dir.bbk")));
   EXPECT_EQ(held(StartFen), "e2e4/1/0/0 ");
   EXPECT_FALSE(std::filesystem::exists(folder.file("dir.bbk.part")));
+  EXPECT_FALSE(std::filesystem::exists(folder.file("made.bbk.part1")));
 }
 
 // Whatever the bytes, making a book ends, and the book that it makes is sound.

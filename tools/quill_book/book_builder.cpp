@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -38,6 +40,22 @@ bool isStandardVariant(const std::string& variant) {
     if (variant == name) return true;
   }
   return false;
+}
+
+// Makes an empty file of a new name beside the path and answers its name. An existing file keeps
+// its contents: it may hold the games that the book is made from.
+// On failure: an empty name.
+std::string createBeside(const std::string& path) {
+  constexpr int MaxAttempts = 100;
+  for (int i = 0; i < MaxAttempts; ++i) {
+    const std::string name = path + ".part" + (i == 0 ? "" : std::to_string(i));
+    if (std::FILE* file = std::fopen(name.c_str(), "wbx")) {
+      std::fclose(file);
+      return name;
+    }
+    if (errno != EEXIST) break;
+  }
+  return {};
 }
 
 }  // namespace
@@ -156,7 +174,8 @@ void BookBuilder::appendPosition(std::vector<MoveCount>::iterator first,
 bool BookBuilder::write(const std::string& path) {
   merge();
   positionsWritten_ = movesWritten_ = 0;
-  const std::string unfinished = path + ".part";
+  const std::string unfinished = createBeside(path);
+  if (unfinished.empty()) return false;
   std::ofstream file(unfinished, std::ios::binary);
   BookHeader header;
   header.flags = BookHeader::CountsFlag | (options_.withElo ? BookHeader::EloFlag : 0);
