@@ -32,8 +32,8 @@ class QuillBook(unittest.TestCase):
                              ("check -h", "usage: quill-book check")):
             status, out, err = self.run_book(*words.split())
             self.assertEqual((status, out[:len(start)], err), (0, start, ""))
-        for words, complaint in (("", "no command (try: quill-book "),
-                                 ("bake", "unknown command: bake (try: quill-book "),
+        for words, complaint in (("", "no command"),
+                                 ("bake", "unknown command: bake"),
                                  ("make a", "make needs -o and the name of the book"),
                                  ("make -o b", "make needs a file of games"),
                                  ("make a -o", "-o needs a value"),
@@ -41,10 +41,34 @@ class QuillBook(unittest.TestCase):
                                  ("make a -o b --max-ply 0", "bad --max-ply: 0"),
                                  ("dump a --elo", "unknown option: --elo"),
                                  ("check a b", "check needs one book")):
-            if "(try" not in complaint:
-                complaint += f" (try: quill-book {words.split()[0]} "
-            self.assertEqual(self.run_book(*words.split()),
-                             (2, "", f"quill-book: {complaint}--help)\n"))
+            command = "" if words in ("", "bake") else words.split()[0] + " "
+            error = f"quill-book: {complaint} (try: quill-book {command}--help)\n"
+            self.assertEqual(self.run_book(*words.split()), (2, "", error))
+
+    def test_files_that_can_not_be_used_are_named_and_nothing_is_written(self):
+        self.write("a.pgn", "1. e4 1-0\n")
+        os.mkdir(os.path.join(self.folder, "folder"))
+        os.mkfifo(os.path.join(self.folder, "pipe"))
+        os.symlink("a.pgn", os.path.join(self.folder, "soft"))
+        os.link(os.path.join(self.folder, "a.pgn"), os.path.join(self.folder, "hard"))
+        before = sorted(os.listdir(self.folder))
+        same = "not written, it is one of the files of games"
+        for words, complaint in (("make a.pgn none.pgn -o b", "none.pgn: no such file"),
+                                 ("make folder -o b", "folder: is a directory"),
+                                 ("make /proc/self/mem -o b", "/proc/self/mem: can't be read"),
+                                 ("dump none", "none: no such file"),
+                                 ("check folder", "folder: is a directory"),
+                                 ("make a.pgn -o folder", "folder: is a directory"),
+                                 ("make a.pgn -o pipe", "pipe: is not a regular file"),
+                                 ("make a.pgn -o no/b", "no/b: can't be written"),
+                                 ("make a.pgn -o a.pgn", "a.pgn: " + same),
+                                 ("make a.pgn -o folder/../a.pgn", "folder/../a.pgn: " + same),
+                                 ("make a.pgn -o soft", "soft: " + same),
+                                 ("make hard -o a.pgn", "a.pgn: " + same)):
+            self.assertEqual(self.run_book(*words.split()), (1, "", complaint + "\n"))
+        self.assertEqual(sorted(os.listdir(self.folder)), before)
+        with open(os.path.join(self.folder, "a.pgn"), encoding="ascii") as file:
+            self.assertEqual(file.read(), "1. e4 1-0\n")
 
 
 if __name__ == "__main__":

@@ -3,8 +3,10 @@
 
 #include <cinttypes>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "board/attacks.h"
@@ -20,6 +22,41 @@ namespace quill {
 namespace {
 
 enum ExitStatus { Success = 0, Failure = 1, BadUsage = 2 };
+
+// Says on standard error what is wrong with a file. Answers false.
+bool complain(const std::string& path, const char* fault) {
+  std::fprintf(stderr, "%s: %s\n", path.c_str(), fault);
+  return false;
+}
+
+// On failure: false, with one line on standard error.
+bool isReadable(const std::string& path) {
+  std::error_code error;
+  const auto type = std::filesystem::status(path, error).type();
+  if (type == std::filesystem::file_type::not_found) return complain(path, "no such file");
+  if (type == std::filesystem::file_type::directory) return complain(path, "is a directory");
+  return access(path.c_str(), R_OK) == 0 || complain(path, "can't be read");
+}
+
+// Whether the book may be written: only an old book gives way to it, never the games that it is
+// made from, and no folder or device. It is asked first because reading the games may take long.
+// On failure: false, with one line on standard error.
+bool isWritable(const std::string& book, const std::vector<std::string>& games) {
+  std::error_code error;
+  for (const std::string& file : games) {
+    if (std::filesystem::equivalent(file, book, error)) {
+      return complain(book, "not written, it is one of the files of games");
+    }
+  }
+  const auto old = std::filesystem::status(book, error);
+  if (std::filesystem::is_directory(old)) return complain(book, "is a directory");
+  if (std::filesystem::exists(old) && !std::filesystem::is_regular_file(old)) {
+    return complain(book, "is not a regular file");
+  }
+  const std::filesystem::path folder = std::filesystem::path(book).parent_path();
+  return access(folder.empty() ? "." : folder.c_str(), W_OK) == 0 ||
+         complain(book, "can't be written");
+}
 
 // A line on standard error that is rewritten as the work goes on, if standard error is a terminal.
 class Progress {
@@ -59,25 +96,27 @@ bool addFile(const std::string& path, BookBuilder& builder, int maxPly, std::uin
   }
   progress.clear();
   // Reading stops at the end of the file; if it stopped elsewhere, the file has an error.
-  if (file.eof()) return true;
-  std::fprintf(stderr, "%s: can't be read\n", path.c_str());
-  return false;
+  return file.eof() || complain(path, "can't be read");
 }
 
 int make(const CommandLine& line) {
+  for (const std::string& file : line.files) {
+    if (!isReadable(file)) return Failure;
+  }
+  if (!isWritable(line.output, line.files)) return Failure;
   BookBuilder builder(line.options);
   std::uint64_t skipped = 0;
   for (const std::string& file : line.files) {
     if (!addFile(file, builder, line.options.maxPly, skipped)) return Failure;
   }
   if (builder.gamesCounted() > 0 && !builder.write(line.output)) {
-    std::fprintf(stderr, "%s: can't be written\n", line.output.c_str());
+    complain(line.output, "can't be written");
     return Failure;
   }
   std::printf("%" PRIu64 " games used, %" PRIu64 " skipped, %" PRIu64 " without a result\n",
               builder.gamesCounted(), skipped, builder.gamesWithoutResult());
   if (builder.gamesCounted() == 0) {
-    std::fprintf(stderr, "%s: not written, there is nothing to put into it\n", line.output.c_str());
+    complain(line.output, "not written, there is nothing to put into it");
     return Failure;
   }
   std::printf("%s: %" PRIu64 " moves in %" PRIu64 " positions\n", line.output.c_str(),
@@ -89,8 +128,9 @@ int dump(const CommandLine& line) {
   Board board;
   if (!setFen(board, line.fen.c_str())) return Failure;
   Book book;
+  if (!isReadable(line.files[0])) return Failure;
   if (!book.open(line.files[0].c_str())) {
-    std::fprintf(stderr, "%s: not a book\n", line.files[0].c_str());
+    complain(line.files[0], "not a book");
     return Failure;
   }
   BookSelector(book, 0).printCandidates(getFen(board).text());
@@ -98,6 +138,7 @@ int dump(const CommandLine& line) {
 }
 
 int check(const CommandLine& line) {
+  if (!isReadable(line.files[0])) return Failure;
   const BookReport report = checkBook(line.files[0], stderr);
   if (!report.isSound()) return Failure;
   std::printf("%s: sound, %" PRIu64 " records, %" PRIu64 " positions, %" PRIu64
