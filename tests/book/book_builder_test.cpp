@@ -66,10 +66,19 @@ class BookMaking : public testing::Test {
 };
 
 TEST_F(BookMaking, ResultsAreCountedFromTheMoversView) {
-  make("1. e4 e5 1-0  1. e4 e5 1-0  1. e4 c5 0-1  1. e4 1/2-1/2  1. d4 0-1 1. c4 *");
+  const std::string pgn =
+      "1. e4 e5 1-0  1. e4 e5 1-0  1. e4 c5 0-1  1. e4 1/2-1/2  1. d4 0-1 1. c4 c5 *";
+  make(pgn);
   EXPECT_EQ(held(StartFen), "e2e4/2/1/1 d2d4/0/0/1 ");
   EXPECT_EQ(held(AfterE4), "e7e5/0/0/2 c7c5/1/0/0 ");
   EXPECT_EQ(games, 5u);
+  EXPECT_EQ(withoutResult, 1u);
+  BookOptions options;
+  options.withUnfinished = true;
+  make(pgn, options);
+  EXPECT_EQ(held(StartFen), "e2e4/2/1/1 c2c4/0/1/0 d2d4/0/0/1 ");
+  EXPECT_EQ(held("rnbqkbnr/pppppppp/8/8/2P5/8/PP1PPPPP/RNBQKBNR b KQkq -"), "c7c5/0/1/0 ");
+  EXPECT_EQ(games, 6u);
   EXPECT_EQ(withoutResult, 1u);
 }
 

@@ -83,7 +83,7 @@ BookBuilder::MoveCount BookBuilder::countOf(Move move, const PgnGame& game) cons
   count.from = bookSquare(fromOf(move));
   count.to = bookSquare(toOf(move));
   const bool white = board_.stm == White;
-  if (game.result == GameResult::Draw) {
+  if (game.result == GameResult::Draw || game.result == GameResult::Unknown) {
     count.draws = 1;
   } else {
     ((game.result == GameResult::WhiteWins) == white ? count.wins : count.losses) = 1;
@@ -110,7 +110,7 @@ std::optional<PgnError> BookBuilder::add(const PgnGame& game) {
   }
   if (game.result == GameResult::Unknown) {
     ++gamesWithoutResult_;
-    return std::nullopt;
+    if (!options_.withUnfinished) return std::nullopt;
   }
   ++gamesCounted_;
   // Merging pays once as many counts have come in as were there before.

@@ -15,9 +15,10 @@
 namespace quill {
 
 struct BookOptions {
-  int maxPly = 40;             // moves of each game that are counted, from its first position on
-  std::uint64_t minGames = 1;  // moves played in fewer games are left out
-  bool withElo = false;        // attach the average rating of the players who chose the move
+  int maxPly = 40;              // moves of each game that are counted, from its first position on
+  std::uint64_t minGames = 1;   // moves played in fewer games are left out
+  bool withElo = false;         // attach the average rating of the players who chose the move
+  bool withUnfinished = false;  // count games without a known result, as draws
 };
 
 class BookBuilder {
@@ -27,7 +28,8 @@ class BookBuilder {
 
   explicit BookBuilder(const BookOptions& options);
 
-  // Plays the game and counts its moves. A game without a known result is played but not counted.
+  // Plays the game and counts its moves. A game without a known result is played, but counted only
+  // if the options say so.
   // On failure: why the game can't be used; none of its moves is counted.
   std::optional<PgnError> add(const PgnGame& game);
 
@@ -36,6 +38,7 @@ class BookBuilder {
   bool write(const std::string& path);
 
   std::uint64_t gamesCounted() const { return gamesCounted_; }
+  // Counted or not.
   std::uint64_t gamesWithoutResult() const { return gamesWithoutResult_; }
   // Of the book last written.
   std::uint64_t positionsWritten() const { return positionsWritten_; }

@@ -31,6 +31,7 @@ Makes a book from the games. Those that can't be read or break the rules are nam
                    40, at most 1000); illegal or unreadable moves after these do no harm
   --min-games N    leave out moves played in fewer games (default 1)
   --elo            attach the average rating of the players who chose the move
+  --unfinished     count games without a result ("*") as well, as draws; otherwise they are left out
 )";
 
 constexpr char DumpHelp[] =
@@ -54,9 +55,10 @@ struct Command {
   std::vector<std::string_view> options;
 };
 
-const Command Commands[] = {{"make", MakeHelp, {"-o", "--max-ply", "--min-games", "--elo"}},
-                            {"dump", DumpHelp, {"--fen"}},
-                            {"check", CheckHelp, {}}};
+const Command Commands[] = {
+    {"make", MakeHelp, {"-o", "--max-ply", "--min-games", "--elo", "--unfinished"}},
+    {"dump", DumpHelp, {"--fen"}},
+    {"check", CheckHelp, {}}};
 
 bool asksForHelp(const std::string& word) { return word == "-h" || word == "--help"; }
 
@@ -114,6 +116,8 @@ std::string readCommandLine(const std::vector<std::string>& words, CommandLine& 
       return "unknown option: " + word;
     } else if (word == "--elo") {
       line.options.withElo = true;
+    } else if (word == "--unfinished") {
+      line.options.withUnfinished = true;
     } else if (++i == words.size()) {
       return word + " needs a value";
     } else if (!setOption(word, words[i], line)) {

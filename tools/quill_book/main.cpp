@@ -113,8 +113,9 @@ int make(const CommandLine& line) {
     complain(line.output, "can't be written");
     return Failure;
   }
-  std::printf("%" PRIu64 " games used, %" PRIu64 " skipped, %" PRIu64 " without a result\n",
-              builder.gamesCounted(), skipped, builder.gamesWithoutResult());
+  std::printf("%" PRIu64 " games used, %" PRIu64 " skipped, %" PRIu64 " without a result%s\n",
+              builder.gamesCounted(), skipped, builder.gamesWithoutResult(),
+              line.options.withUnfinished ? " among those used" : "");
   if (builder.gamesCounted() == 0) {
     complain(line.output, "not written, there is nothing to put into it");
     return Failure;
