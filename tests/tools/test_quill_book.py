@@ -70,6 +70,23 @@ class QuillBook(unittest.TestCase):
         with open(os.path.join(self.folder, "a.pgn"), encoding="ascii") as file:
             self.assertEqual(file.read(), "1. e4 1-0\n")
 
+    def test_size_of_a_book_is_what_the_engine_says(self):
+        self.write("a.pgn", "1. e4 e5 1-0\n1. d4 *\n")
+        self.write("quill.ini", "book.file=b\n")
+        for words, used, size, reachable in (
+                ("", "1 games used, 0 skipped, 1 without a result",
+                 "3 moves (the header counts as 1) in 2 positions", 2),
+                ("--elo --unfinished",
+                 "2 games used, 0 skipped, 1 without a result among those used",
+                 "3 moves (the header counts as 0) in 2 positions", 3)):
+            self.assertEqual(self.run_book("make", "a.pgn", "-o", "b", *words.split()),
+                             (0, f"{used}\nb: {size}\n", ""))
+            sound = f"b: sound, {size}, 2 of them reachable with {reachable} moves\n"
+            self.assertEqual(self.run_book("check", "b"), (0, sound, ""))
+            engine = subprocess.run([os.environ["QUILL"]], input="quit\n", capture_output=True,
+                                    text=True, cwd=self.folder, timeout=60, check=True)
+            self.assertIn("\nbook=b, 3 moves\n", engine.stdout)
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -22,6 +22,7 @@ class BookChecker {
     if (!book_.open(path_.c_str())) {
       fail("not a book: no regular file, or a header that contradicts itself");
     } else {
+      report_.slots = book_.recordCount();
       checkRecords();
       if (report_.isSound()) walk();
     }

@@ -8,6 +8,7 @@
 namespace quill {
 
 struct BookReport {
+  std::uint64_t slots = 0;  // of the whole file, header included: what the engine calls moves
   std::uint64_t records = 0;
   std::uint64_t positions = 0;
   std::uint64_t reachablePositions = 0;  // from the start position, by the book's own moves

@@ -78,6 +78,13 @@ class Progress {
   bool shown_ = false;
 };
 
+// The size of a book. As moves it tells the slots of the file, like the engine at its start, so
+// that the two can be compared; the header takes those that hold no record.
+std::string sizeText(std::uint64_t slots, std::uint64_t records, std::uint64_t positions) {
+  return std::to_string(slots) + " moves (the header counts as " + std::to_string(slots - records) +
+         ") in " + std::to_string(positions) + " positions";
+}
+
 // Counts the games of one file and adds the number of those that can't be used to skipped.
 // On failure: false, with one line on standard error, when the file can't be read.
 bool addFile(const std::string& path, BookBuilder& builder, int maxPly, std::uint64_t& skipped) {
@@ -120,8 +127,14 @@ int make(const CommandLine& line) {
     complain(line.output, "not written, there is nothing to put into it");
     return Failure;
   }
-  std::printf("%s: %" PRIu64 " moves in %" PRIu64 " positions\n", line.output.c_str(),
-              builder.movesWritten(), builder.positionsWritten());
+  Book book;
+  if (!book.open(line.output.c_str())) {
+    complain(line.output, "can't be read back");
+    return Failure;
+  }
+  std::printf(
+      "%s: %s\n", line.output.c_str(),
+      sizeText(book.recordCount(), builder.movesWritten(), builder.positionsWritten()).c_str());
   return Success;
 }
 
@@ -142,10 +155,10 @@ int check(const CommandLine& line) {
   if (!isReadable(line.files[0])) return Failure;
   const BookReport report = checkBook(line.files[0], stderr);
   if (!report.isSound()) return Failure;
-  std::printf("%s: sound, %" PRIu64 " records, %" PRIu64 " positions, %" PRIu64
-              " of them reachable with %" PRIu64 " moves\n",
-              line.files[0].c_str(), report.records, report.positions, report.reachablePositions,
-              report.playedMoves);
+  std::printf("%s: sound, %s, %" PRIu64 " of them reachable with %" PRIu64 " moves\n",
+              line.files[0].c_str(),
+              sizeText(report.slots, report.records, report.positions).c_str(),
+              report.reachablePositions, report.playedMoves);
   return Success;
 }
 
