@@ -248,7 +248,7 @@ Verdict prepareMoves(Worker& worker, Node& node, NodeMoves& moves) {
 // The threat flag of a late move. The flags of all late moves are computed when the first is
 // needed: most nodes are decided by an early move.
 int threatOf(const Worker& worker, const Node& node, NodeMoves& moves, const Move* move) {
-  if (node.eval >= node.beta || node.inCheck) return 0;
+  if (node.eval >= node.beta || node.inCheck) return NoThreat;
   if (!moves.hasThreats) {
     moves.hasThreats = true;
     flagQuietThreats(worker.board, move, moves.end, moves.threats + (move - moves.list),
@@ -312,7 +312,7 @@ Verdict searchMoves(Worker& worker, Node& node, NodeMoves& moves) {
     }
     if (moves.end - at > PrefetchAhead) worker.tt.prefetchChild(worker.board, at[PrefetchAhead]);
     const bool late = at >= moves.late;
-    const int threat = late ? threatOf(worker, node, moves, at) : 0;
+    const int threat = late ? threatOf(worker, node, moves, at) : NoThreat;
     const MoveResult result = searchMove(worker, node, node.undo, move, late, threat, node.alpha,
                                          node.bestMove != NoMove);
     if (result.kind == MoveResult::Stopped) return 0;
@@ -396,8 +396,9 @@ int search(Worker& worker, int ply, int depth, int alpha, int beta, unsigned fla
 
 MoveResult searchMove(Worker& worker, const NodeParams& node, const UndoInfo& undo, Move move,
                       bool late, int threat, int alpha, bool hasBestMove) {
-  if (threat == 1 && alpha < DecisiveScore && see(worker.board, move) < 0) threat = 0;
-  if (late && node.futilityLimit < alpha && isQuiet(move) && threat == 0) {
+  if (threat == Threatens && alpha < DecisiveScore && see(worker.board, move) < 0)
+    threat = NoThreat;
+  if (late && node.futilityLimit < alpha && isQuiet(move) && threat == NoThreat) {
     ++worker.stats.pruned;
     return {MoveResult::Pruned, node.futilityLimit};
   }
@@ -407,7 +408,7 @@ MoveResult searchMove(Worker& worker, const NodeParams& node, const UndoInfo& un
     return -search(worker, node.ply + 1, d, -high, -low, flags);
   };
   int score = alpha + 1;
-  if (depth > 0 && threat == 0 && late) {
+  if (depth > 0 && threat == NoThreat && late) {
     score = searchChild(depth - node.reduction, alpha, alpha + 1, Reduced | CutNode | NullOk);
   }
   if (score > alpha && !worker.isUnwinding()) {
