@@ -13,15 +13,41 @@ namespace {
 
 struct Command {
   const char* name;
-  void (*run)(Engine& engine, const char* rest);
+  const char* arguments;                          // as "help" shows them
+  void (*run)(Engine& engine, const char* rest);  // nullptr: the program ends
   bool takesTheEngine;  // uses what a running search uses: the board, the table or the clock
+  bool standsAlone;     // a line with more words is not this command
+  const char* effect;   // as "help" tells it
 };
 
+void helpCommand(Engine& engine, const char* rest);
+
+// clang-format off
 constexpr Command Commands[] = {
-    {"book", bookCommand, true},     {"fen", fenCommand, true},     {"%", passCommand, true},
-    {"divide", divideCommand, true}, {"perft", perftCommand, true}, {"g", searchCommand, true},
-    {"mt", moveTimeCommand, false},
+    // name    arguments  function      engine  alone  effect
+    {"help",   "",        helpCommand,     false, true,  "lists the commands"},
+    {"fen",    "[FEN]",   fenCommand,      true,  false, "sets the position, if one is given, and shows the board"},
+    {"%",      "",        passCommand,     true,  false, "passes the turn"},
+    {"perft",  "[depth]", perftCommand,    true,  false, "counts the move sequences of that length"},
+    {"divide", "[depth]", divideCommand,   true,  false, "counts them for each first move"},
+    {"book",   "",        bookCommand,     true,  false, "lists what the opening book holds for the position"},
+    {"g",      "[tt]",    searchCommand,   true,  false, "searches; with tt it keeps what earlier searches have found"},
+    {"mt",     "[seconds]", moveTimeCommand, false, false, "sets the time of a search and shows it"},
+    {"quit",   "",        nullptr,         false, false, "ends the program"},
 };
+// clang-format on
+
+void helpCommand(Engine& /*engine*/, const char* /*rest*/) {
+  const auto print = [](const std::string& usage, const char* effect) {
+    std::printf("%-17s %s\n", usage.c_str(), effect);
+  };
+  for (const Command& command : Commands)
+    print(std::string(command.name) + ' ' + command.arguments, command.effect);
+  print("a move", "plays it: e2e4, Nf3, exd5, O-O");
+  print("a FEN text", "sets the position");
+  print("an empty line", "shows the board");
+  std::printf("The commands of the protocol (uci, position, go, stop, ...) work here as well.\n");
+}
 
 // Whether a running search forbids the command; if so, says so on standard error. Waits for a
 // search that has just sent its move.
@@ -34,13 +60,12 @@ bool isRefused(Engine& engine, const char* command) {
   return false;
 }
 
-bool runNamedCommand(Engine& engine, const char* word, const char* rest) {
+const Command* findCommand(const char* word, const char* rest) {
   for (const Command& command : Commands) {
     if (std::strcmp(word, command.name) != 0) continue;
-    if (!command.takesTheEngine || !isRefused(engine, word)) command.run(engine, rest);
-    return true;
+    if (!command.standsAlone || *rest == '\0') return &command;
   }
-  return false;
+  return nullptr;
 }
 
 bool runTypedLine(Engine& engine, const char* word, const char* rest) {
@@ -88,8 +113,11 @@ bool handleLine(Engine& engine, std::string line) {
   }
 
   if (engine.uci.dispatch(word, rest)) return true;
-  if (std::strcmp(word, "quit") == 0) return false;
-  if (runNamedCommand(engine, word, rest)) return true;
+  if (const Command* const command = findCommand(word, rest)) {
+    if (command->run == nullptr) return false;
+    if (!command->takesTheEngine || !isRefused(engine, word)) command->run(engine, rest);
+    return true;
+  }
   if (runTypedLine(engine, word, rest)) return true;
   std::printf("unknown command: '%s'\n", word);
   return true;

@@ -7,6 +7,7 @@ import unittest
 from session import START_FEN, SessionTest
 
 BANNER = "quill-1.0\n\n"
+ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
 
 
 class StartUp(SessionTest):
@@ -64,6 +65,13 @@ class Console(SessionTest):
         self.assertRegex(self.say("xyz 1 2\n  quit  \nxyz\n"),
                          r"^% unknown command: 'xyz'\n% \d{10}:exit\(\)!\n\n$")
         self.assertEqual(self.say("a\tb\r\n"), "% unknown command: 'a\tb\r'\n% ")
+
+    def test_help_lists_the_commands_of_the_manual(self):
+        with open(os.path.join(ROOT, "docs", "uci.md"), encoding="utf-8") as file:
+            section = file.read().split("## Console commands")[1].split("\n## ")[0]
+        manual = set(re.findall(r"^\| `([^ `]+)", section, re.MULTILINE))
+        help_lines = self.say("help\n").removeprefix("% ").split("\na move ")[0]
+        self.assertEqual({line.split()[0] for line in help_lines.split("\n")}, manual)
 
     def test_typed_moves_are_played(self):
         for line in ("e2e4\n", "e2e4 e7e5\n"):  # the second word is not looked at
