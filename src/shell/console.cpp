@@ -33,6 +33,7 @@ constexpr Command Commands[] = {
     {"book",   "",        bookCommand,     true,  false, "lists what the opening book holds for the position"},
     {"g",      "[tt]",    searchCommand,   true,  false, "searches; with tt it keeps what earlier searches have found"},
     {"mt",     "[seconds]", moveTimeCommand, false, false, "sets the time of a search and shows it"},
+    {"bench",  "",        benchCommand,    true,  true,  "searches fixed positions and tells its speed"},
     {"quit",   "",        nullptr,         false, false, "ends the program"},
 };
 // clang-format on

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "shell/bench.h"
 #include "shell/engine.h"
 #include "shell/text.h"
 
@@ -39,5 +40,7 @@ void moveTimeCommand(Engine& engine, const char* rest) {
   }
   std::printf("maxtime=%3.2fs\n", engine.timeControl.phaseTime(NormalPhase) / 1000.0);
 }
+
+void benchCommand(Engine& /*engine*/, const char* /*rest*/) { runBench(); }
 
 }  // namespace quill

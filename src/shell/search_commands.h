@@ -15,5 +15,7 @@ void bookCommand(Engine& engine, const char* rest);
 void searchCommand(Engine& engine, const char* rest);
 // "mt [seconds]": sets the time of all following searches, and shows it.
 void moveTimeCommand(Engine& engine, const char* rest);
+// "bench": searches fixed positions and tells its speed; changes nothing of the engine.
+void benchCommand(Engine& engine, const char* rest);
 
 }  // namespace quill

@@ -122,13 +122,26 @@ class Console(SessionTest):
         self.assertNotIn("bestmove", text)
         self.assertIn("position not in book\n", self.say("book\n"))
 
+    def test_bench_leaves_everything_as_it_was(self):
+        with open(os.path.join(ROOT, "tests", "data", "fingerprint.txt"), encoding="utf-8") as file:
+            nodes = re.search(r"^search (\d+)$", file.read(), re.MULTILINE).group(1)
+        # Neither the options nor the limits of an earlier search have an influence.
+        text = self.say("setoption name MultiPV value 3\nsetoption name eval.kingattack value 0\n"
+                        "setoption name Threads value 2\nmt 0\ne2e4\nbench\nmt\nfen\nmt 1\ng\n")
+        self.assertRegex(text, rf"\n% \d+ ms, {nodes} nodes [1-9]\d* nps\n% maxtime=0\.00s\n")
+        board, search = text.split(" nps\n")[1].split("% maxtime=1.00s\n")
+        self.assertIn("/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - 0 1\n", board)
+        self.assertIn(" 3) ", search)
+        self.assertIn("\nslave : ", search)
+
     def test_forgets_the_limits_of_an_earlier_go(self):
         # "position" waits for the first search.
         text = self.say("mt 1\nposition startpos\ngo depth 1\nposition startpos\ng\n")
         self.assertRegex(text.split("bestmove")[1], r"\n +\[[3-9]/")
 
     def test_leaves_a_running_search_alone(self):
-        lines = ["e2e4", "fen", "%", "divide", "perft", "g", "mt 5", "book", "", START_FEN]
+        lines = ["e2e4", "fen", "%", "divide", "perft", "g", "mt 5", "book", "bench", "",
+                 START_FEN]
         self.say("\n".join(["position startpos", "go infinite", *lines, "quit\n"]))
         self.assertEqual(self.err, "".join(f"{line.split(' ')[0] or 'board'}: a search is running\n"
                                            for line in lines))
