@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "platform/cpu.h"
+#include "shell/arguments.h"
 #include "shell/console.h"
 #include "shell/engine.h"
 #include "shell/startup.h"
@@ -9,6 +10,9 @@
 int main(int argc, char** argv) {
   using namespace quill;
   prepareStreams();
+  if (argc == 2) {
+    if (const auto status = runArgument(argv[1])) return *status;
+  }
   printBanner();
   if (const int status = checkProcessor(platform::hasSse2(), platform::hasPopcnt()); status != 0) {
     return status;

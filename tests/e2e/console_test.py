@@ -54,6 +54,15 @@ class StartUp(SessionTest):
         self.assertNotIn("inifile", self.start_text("folder.ini"))
 
 
+    def test_some_words_as_only_argument_start_nothing(self):
+        for word in ("bench", "--help", "--version"):
+            self.write(word, "book.file=\n")  # not taken for the settings file
+        self.assertEqual(self.start_text("--version"), "quill 1.0\n")
+        self.assertRegex(self.start_text("--help"), r"^usage: quill \[SETTINGS\] [^%]*\n$")
+        self.assertRegex(self.start_text("bench"), r"^\d+ ms, \d+ nodes \d+ nps\n$")
+        self.assertIn("inifile=bench\n", self.start_text("bench", "--help"))
+
+
 class Console(SessionTest):
     def say(self, text):
         """The output behind the start-up, with all prompts kept."""
