@@ -1,6 +1,7 @@
 // A manual-reset event: it stays signalled, and lets every waiter pass, until it is reset.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 
@@ -25,6 +26,13 @@ class Event {
   void wait() {
     std::unique_lock guard(mutex_);
     changed_.wait(guard, [this] { return signalled_; });
+  }
+
+  // Blocks until the event is signalled, but no longer than this. Whether it is signalled.
+  bool waitFor(unsigned milliseconds) {
+    std::unique_lock guard(mutex_);
+    return changed_.wait_for(guard, std::chrono::milliseconds(milliseconds),
+                             [this] { return signalled_; });
   }
 
   bool isSet() {

@@ -5,11 +5,27 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/interrupt.h"
 #include "shell/bench.h"
 #include "shell/engine.h"
 #include "shell/text.h"
 
 namespace quill {
+
+namespace {
+
+constexpr unsigned InterruptPollMs = 20;
+
+// Waits for the end of the search, which an interrupt brings about at once.
+void waitForSearch(ThreadPool& pool, const platform::InterruptWatch& interrupt) {
+  platform::Event& idle = pool.state.master().idleEvent;
+  while (!idle.waitFor(InterruptPollMs)) {
+    if (interrupt.hasCome()) pool.stopAll();
+  }
+  pool.waitIdle();
+}
+
+}  // namespace
 
 void bookCommand(Engine& engine, const char* /*rest*/) {
   engine.bookSelector.printCandidates(Book::bookKey(engine.pool.board()));
@@ -23,8 +39,14 @@ void searchCommand(Engine& engine, const char* rest) {
   engine.timeControl.configure({});
   // The protocol hears of searches from its "uci" on.
   Uci& uci = engine.uci;
-  engine.pool.startSearch(uci.uciMode() ? &uci : nullptr, uci.uciMode());
-  engine.pool.waitIdle();
+  if (uci.uciMode()) {
+    engine.pool.startSearch(&uci, true);
+    engine.pool.waitIdle();
+    return;
+  }
+  const platform::InterruptWatch interrupt;
+  engine.pool.startSearch(nullptr, false);
+  waitForSearch(engine.pool, interrupt);
 }
 
 void moveTimeCommand(Engine& engine, const char* rest) {

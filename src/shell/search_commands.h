@@ -11,7 +11,7 @@ struct Engine;
 // "book": the book's candidates for the position.
 void bookCommand(Engine& engine, const char* rest);
 // "g [tt]": searches the position with the budgets in force and waits for the end; "tt" keeps the
-// contents of the transposition table.
+// contents of the transposition table. Before "uci", an interrupt (Ctrl-C) ends the search.
 void searchCommand(Engine& engine, const char* rest);
 // "mt [seconds]": sets the time of all following searches, and shows it.
 void moveTimeCommand(Engine& engine, const char* rest);

@@ -2,9 +2,11 @@
 
 import os
 import re
+import signal
+import subprocess
 import unittest
 
-from session import START_FEN, SessionTest
+from session import QUILL, START_FEN, TIMEOUT, SessionTest
 
 BANNER = "quill-1.0\n\n"
 ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
@@ -154,6 +156,46 @@ class Console(SessionTest):
         self.say("\n".join(["position startpos", "go infinite", *lines, "quit\n"]))
         self.assertEqual(self.err, "".join(f"{line.split(' ')[0] or 'board'}: a search is running\n"
                                            for line in lines))
+
+
+class Interrupt(SessionTest):
+    """Ctrl-C. A program that inherits "ignore" from a shell's background job would not hear it."""
+
+    def start(self, lines):
+        """The program after reading the lines; ends with the test."""
+        program = subprocess.Popen(
+            [QUILL], stdin=subprocess.PIPE, stdout=subprocess.PIPE, cwd=self.folder,
+            preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
+        self.addCleanup(program.communicate)
+        self.addCleanup(program.kill)
+        program.stdin.write(lines.encode())
+        program.stdin.flush()
+        return program
+
+    @staticmethod
+    def read_until(program, text):
+        out = b""
+        while not out.endswith(text):
+            byte = program.stdout.read(1)
+            if not byte:
+                raise AssertionError(out.decode())
+            out += byte
+        return out.decode()
+
+    def test_ends_a_search_and_then_the_program(self):
+        program = self.start("mt 1000\ng\ng\n")
+        for _ in range(2):
+            self.read_until(program, b"[4/")
+            program.send_signal(signal.SIGINT)
+            self.assertIn("nodes  : ", self.read_until(program, b"% "))
+        program.send_signal(signal.SIGINT)
+        self.assertEqual(program.wait(TIMEOUT), -signal.SIGINT)
+
+    def test_ends_the_program_under_the_protocol(self):
+        program = self.start("mt 1000\nuci\ng\n")
+        self.read_until(program, b"info depth 4 ")
+        program.send_signal(signal.SIGINT)
+        self.assertEqual(program.wait(TIMEOUT), -signal.SIGINT)
 
 
 if __name__ == "__main__":
