@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <span>
 #include <string>
 
 #include "board/display.h"
@@ -37,6 +38,20 @@ int readDepth(const Board& board, const char* command, const char* rest) {
   return 0;
 }
 
+// The move in algebraic notation, with "+" when it gives check and "#" when it mates.
+std::string sanWithCheck(Board& board, Move move) {
+  char san[MoveTextSize];
+  moveToSan(board, san, move);
+  std::string text = san;
+  const UndoInfo undo = board;
+  makeMove(board, move);
+  updateAttackInfo(board);
+  Move list[MaxMoves];
+  if (board.isInCheck()) text += generateLegal(board, list) == list ? '#' : '+';
+  unmakeMove(board, move, undo);
+  return text;
+}
+
 }  // namespace
 
 void fenCommand(Engine& engine, const char* rest) {
@@ -47,10 +62,34 @@ void fenCommand(Engine& engine, const char* rest) {
 }
 
 void passCommand(Engine& engine, const char* /*rest*/) {
+  engine.history.play(engine.pool.board(), NoMove);
+}
+
+void showCommand(Engine& engine, const char* /*rest*/) { printBoard(engine.pool.board()); }
+
+void newCommand(Engine& engine, const char* /*rest*/) {
+  setFen(engine.pool.board(), StartPosition);
+  printBoard(engine.pool.board());
+}
+
+void undoCommand(Engine& engine, const char* /*rest*/) {
+  if (engine.history.takeBack(engine.pool.board())) {
+    printBoard(engine.pool.board());
+  } else {
+    std::printf("no typed move to take back\n");
+  }
+}
+
+void movesCommand(Engine& engine, const char* /*rest*/) {
+  constexpr int Columns = 10;
   Board& board = engine.pool.board();
-  rebaseStacks(board);
-  makeNullMove(board);
-  updateAttackInfo(board);
+  Move list[MaxMoves];
+  const auto moves = std::span(list, generateLegal(board, list));
+  std::printf("%i legal moves", static_cast<int>(moves.size()));
+  int column = 0;
+  for (const Move move : moves)
+    std::printf("%s%-8s", column++ % Columns == 0 ? "\n" : "", sanWithCheck(board, move).c_str());
+  std::printf("\n");
 }
 
 void divideCommand(Engine& engine, const char* rest) {
@@ -98,15 +137,14 @@ bool isMoveLine(const char* word, const char* rest) {
   return isLong && holdsOnly(word, MoveCharacters) && holdsOnly(rest, MoveCharacters);
 }
 
-void playTypedMove(Board& board, const char* word) {
+void playTypedMove(Engine& engine, const char* word) {
+  Board& board = engine.pool.board();
   const Move move = parseMove(board, word);
   if (move == NoMove) {
     std::printf("not a move: '%s'\n", word);
     return;
   }
-  rebaseStacks(board);
-  makeMove(board, move);
-  updateAttackInfo(board);
+  engine.history.play(board, move);
   printBoard(board);
 }
 
@@ -116,9 +154,9 @@ bool isPositionLine(const char* word) {
          std::count(word, end, 'k') == 1 && std::count(word, end, 'K') == 1;
 }
 
-void setTypedPosition(Board& board, const char* word, const char* rest) {
-  setFen(board, (std::string(word) + ' ' + rest).c_str());
-  printBoard(board);
+void setTypedPosition(Engine& engine, const char* word, const char* rest) {
+  setFen(engine.pool.board(), (std::string(word) + ' ' + rest).c_str());
+  printBoard(engine.pool.board());
 }
 
 }  // namespace quill

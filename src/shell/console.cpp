@@ -26,8 +26,12 @@ void helpCommand(Engine& engine, const char* rest);
 constexpr Command Commands[] = {
     // name    arguments  function      engine  alone  effect
     {"help",   "",        helpCommand,     false, true,  "lists the commands"},
+    {"d",      "",        showCommand,     true,  true,  "shows the board"},
+    {"new",    "",        newCommand,      true,  true,  "sets the start position"},
     {"fen",    "[FEN]",   fenCommand,      true,  false, "sets the position, if one is given, and shows the board"},
     {"%",      "",        passCommand,     true,  false, "passes the turn"},
+    {"undo",   "",        undoCommand,     true,  true,  "takes back the last move that was typed"},
+    {"moves",  "",        movesCommand,    true,  true,  "lists the legal moves"},
     {"perft",  "[depth]", perftCommand,    true,  false, "counts the move sequences of that length"},
     {"divide", "[depth]", divideCommand,   true,  false, "counts them for each first move"},
     {"book",   "",        bookCommand,     true,  false, "lists what the opening book holds for the position"},
@@ -74,9 +78,9 @@ bool runTypedLine(Engine& engine, const char* word, const char* rest) {
   if (!isMove && !isPositionLine(word)) return false;
   if (isRefused(engine, word)) return true;
   if (isMove) {
-    playTypedMove(engine.pool.board(), word);
+    playTypedMove(engine, word);
   } else {
-    setTypedPosition(engine.pool.board(), word, rest);
+    setTypedPosition(engine, word, rest);
   }
   return true;
 }

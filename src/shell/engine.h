@@ -5,6 +5,7 @@
 #include "book/book_selector.h"
 #include "eval/weights.h"
 #include "search/tt.h"
+#include "shell/move_history.h"
 #include "shell/settings.h"
 #include "smp/thread_pool.h"
 #include "time/time_control.h"
@@ -26,6 +27,7 @@ struct Engine {
   Tt tt;
   TimeControl timeControl;
   ThreadPool pool;
+  MoveHistory history;  // of the pool's board
   Book book;
   BookSelector bookSelector;
   Uci uci;

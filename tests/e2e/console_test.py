@@ -93,6 +93,19 @@ class Console(SessionTest):
                          "% unknown command: 'e2e4'\n% not a move: 'e2e5'\n"
                          "% unknown command: 'K'\n% ")
 
+    def test_moves_are_listed_and_taken_back(self):
+        text = self.say("e2e4\n%\nundo\nundo\nundo\nmoves\nfen 7k/8/6K1/8/8/8/8/R7 w - -\nnew\nd\n")
+        self.assertEqual(re.findall(r"^\S*/\S* .*$|^.*take back$|^.*legal.*$", text, re.MULTILINE),
+                         ["rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - 0 1"] * 2 +
+                         [START_FEN + " w KQkq - 0 1", "% no typed move to take back",
+                          "% 20 legal moves", "7k/8/6K1/8/8/8/8/R7 w - - 0 1"] +
+                         [START_FEN + " w KQkq - 0 1"] * 2)
+        listed = self.say("fen 7k/P7/6K1/8/8/8/8/R3R3 w - -\nmoves\n").split(" legal moves\n")[1]
+        for san in ("Rad1", "Ra6", "Re8#", "Rh1+", "a8=Q#", "a8=N", "Kf7"):
+            self.assertIn(san, listed.split())
+        self.assertEqual(self.say("d d4\nundo 2\n"),
+                         "% not a move: 'd'\n% unknown command: 'undo'\n% ")
+
     def test_positions_are_set(self):
         fen = "4k3/8/8/8/8/8/4P3/4K3 b - -"
         for line in (fen, "fen " + fen, "fen   " + fen):
@@ -151,7 +164,7 @@ class Console(SessionTest):
         self.assertRegex(text.split("bestmove")[1], r"\n +\[[3-9]/")
 
     def test_leaves_a_running_search_alone(self):
-        lines = ["e2e4", "fen", "%", "divide", "perft", "g", "mt 5", "book", "bench", "",
+        lines = ["e2e4", "fen", "%", "divide", "perft", "g", "mt 5", "book", "bench", "d", "new", "undo", "moves", "",
                  START_FEN]
         self.say("\n".join(["position startpos", "go infinite", *lines, "quit\n"]))
         self.assertEqual(self.err, "".join(f"{line.split(' ')[0] or 'board'}: a search is running\n"
