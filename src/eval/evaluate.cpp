@@ -14,8 +14,6 @@ namespace quill {
 
 namespace {
 
-constexpr int SideToMoveBonus = 7;  // centipawns
-constexpr int FullScale = 1024;
 constexpr int QuietStretch = 32;  // plies without capture or pawn move that cost nothing
 
 // One colour's pawn structure and passed pawns, blended by the opponent's material. Unlike the
@@ -24,8 +22,7 @@ int pawnTerm(const Evaluator& evaluator, Colour colour) {
   int opening = evaluator.pawnEntry->side[colour].opening;
   int endgame = evaluator.pawnEntry->side[colour].endgame;
   passedPawns(evaluator, colour, opening, endgame);
-  const int phase = materialPoints(evaluator.board.side[colour ^ 1].material);
-  return (opening * phase + (32 - phase) * endgame + 16) >> 5;
+  return blend(opening, endgame, materialPoints(evaluator.board.side[colour ^ 1].material));
 }
 
 int clamped(int score) { return std::clamp(score, -MaxEvaluation, MaxEvaluation); }
@@ -36,31 +33,49 @@ int damped(int score, int quietPlies) {
   return (score * std::max(96 - quietPlies, 1)) >> 6;
 }
 
-int computeScore(Evaluator& evaluator) {
+// Both callers have a copy of their own: the one that needs the result alone keeps no record.
+[[gnu::always_inline]] inline EvalSteps takeSteps(Evaluator& evaluator) {
   const Board& board = evaluator.board;
+  EvalSteps steps{};
   int scale = FullScale;
-  int score = materialBalance(board, scale) + trappedPieces(evaluator);
+  steps.material = materialBalance(board, scale);
+  steps.materialScale = scale;
+  steps.trapped = trappedPieces(evaluator);
+  int score = steps.material + steps.trapped;
   pawnStructure(evaluator);
-  score += pawnTerm(evaluator, White) - pawnTerm(evaluator, Black);
+  steps.pawns = {pawnTerm(evaluator, White), pawnTerm(evaluator, Black)};
+  score += steps.pawns[White] - steps.pawns[Black];
   // Both shelters must be known before the first attack on a king reads one.
-  score += kingShelter(evaluator, White) - kingShelter(evaluator, Black);
-  score += pieceTerms(evaluator, White) - pieceTerms(evaluator, Black);
+  steps.king = {kingShelter(evaluator, White), kingShelter(evaluator, Black)};
+  score += steps.king[White] - steps.king[Black];
+  steps.pieces = {pieceTerms(evaluator, White), pieceTerms(evaluator, Black)};
+  score += steps.pieces[White] - steps.pieces[Black];
+  steps.sum = score;
 
-  const bool isExact = endgameRules(evaluator, score, scale);
-  if (isExact) return clamped(board.stm == White ? score : -score);
-  score = damped(score, board.quietPlies());
-  const int ownView = board.stm == White ? score : -score;
-  return clamped(((ownView + SideToMoveBonus) * scale) >> 10);
+  steps.isExact = endgameRules(evaluator, score, scale);
+  steps.ruled = score;
+  steps.scale = scale;
+  if (steps.isExact) {
+    steps.result = clamped(board.stm == White ? steps.ruled : -steps.ruled);
+    return steps;
+  }
+  steps.damped = damped(steps.ruled, board.quietPlies());
+  const int ownView = board.stm == White ? steps.damped : -steps.damped;
+  steps.scaled = ((ownView + SideToMoveBonus) * steps.scale) >> 10;
+  steps.result = clamped(steps.scaled);
+  return steps;
 }
 
 }  // namespace
+
+EvalSteps evaluateSteps(Evaluator& evaluator) { return takeSteps(evaluator); }
 
 int evaluate(Evaluator& evaluator) {
   ++evaluator.evalCount;
   const std::uint64_t key = evaluator.board.key ^ static_cast<std::uint64_t>(evaluator.board.stm);
   EvalCache::Entry& slot = evaluator.evalCache[key];
   if (slot.key == key) return slot.score;
-  slot = {key, computeScore(evaluator)};
+  slot = {key, takeSteps(evaluator).result};
   return slot.score;
 }
 

@@ -5,6 +5,7 @@
 
 #include "shell/board_commands.h"
 #include "shell/engine.h"
+#include "shell/eval_command.h"
 #include "shell/search_commands.h"
 
 namespace quill {
@@ -32,6 +33,7 @@ constexpr Command Commands[] = {
     {"%",      "",        passCommand,     true,  false, "passes the turn"},
     {"undo",   "",        undoCommand,     true,  true,  "takes back the last move that was typed"},
     {"moves",  "",        movesCommand,    true,  true,  "lists the legal moves"},
+    {"eval",   "",        evalCommand,     true,  true,  "shows the evaluation term by term"},
     {"perft",  "[depth]", perftCommand,    true,  false, "counts the move sequences of that length"},
     {"divide", "[depth]", divideCommand,   true,  false, "counts them for each first move"},
     {"book",   "",        bookCommand,     true,  false, "lists what the opening book holds for the position"},

@@ -138,6 +138,18 @@ class Console(SessionTest):
         self.assertEqual(lines[21:], ["-------------------", "total          8902", "% "])
         self.assertRegex(self.say("divide\n"), r"\ntotal            20\n")
 
+    def test_eval_shows_the_weights_in_force(self):
+        def shown(text):
+            return {line[:14].strip(): int(line.split()[-1])
+                    for line in text.split("\n") if re.search(r" -?\d+$", line)}
+
+        text = self.say("eval\nsetoption name eval.kingattack value 0\neval\n")
+        first, second = (shown(part) for part in text.split("% ")[1:4:2])
+        self.assertEqual((first["attack on king"], first["value, White's"]), (5, 12))
+        self.assertEqual((second["attack on king"], second["value, White's"]), (0, 7))
+        text = self.say("fen 8/4p3/4k3/8/8/4K3/8/8 b - -\neval\n")
+        self.assertRegex(text, r"\nendgame rules: exact result +-(\d+)\nvalue, Black's.* \1\n")
+
     def test_searches_for_the_time_set(self):
         text = self.say("mt\nmt 1\ng\ng tt\nmt x\n")
         self.assertIn("% maxtime=5.00s\n% maxtime=1.00s\n% ", text)
@@ -164,8 +176,8 @@ class Console(SessionTest):
         self.assertRegex(text.split("bestmove")[1], r"\n +\[[3-9]/")
 
     def test_leaves_a_running_search_alone(self):
-        lines = ["e2e4", "fen", "%", "divide", "perft", "g", "mt 5", "book", "bench", "d", "new", "undo", "moves", "",
-                 START_FEN]
+        lines = ["e2e4", "fen", "%", "divide", "perft", "g", "mt 5", "book", "bench", "d", "new",
+                 "undo", "moves", "eval", "", START_FEN]
         self.say("\n".join(["position startpos", "go infinite", *lines, "quit\n"]))
         self.assertEqual(self.err, "".join(f"{line.split(' ')[0] or 'board'}: a search is running\n"
                                            for line in lines))
