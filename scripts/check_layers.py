@@ -1,18 +1,18 @@
 #!/usr/bin/env python3
-"""Checks the layering of src/: includes point downwards, inside a folder too, and never in a circle.
+"""Checks the layering of src/: includes point downwards and, with one exception, in no circle.
 
 Also: every layer listed here exists, headers of the operating system or the processor are included
-in src/platform only, and no file grows past 600 lines unless it is a table. Prints one line for each
-violation; exit status 1 when there is any.
+in src/platform only, and no file grows past 600 lines unless it is a table. Prints one line for
+each violation; exit status 1 when there is any.
 """
 
 import pathlib
 import re
 import sys
 
-# Low to high; a folder, or a unit (a header and its source) by its path without the suffix. What a
-# unit does not stand for itself belongs to its folder. Units of one folder may include each other in
-# any order that makes no circle.
+# Low to high; a folder, or a unit (a header and its source) by its path without the suffix. A unit
+# that is not listed itself belongs to its folder, whose units may include each other in any order
+# that makes no circle.
 LAYERS = [
     "platform/",
     "shell/text",
@@ -51,7 +51,7 @@ LAYERS = [
     "main",
 ]
 
-# The one circle: the main search splits its nodes, and what is split is searched by the main search.
+# The one circle: the main search splits its nodes, and it also searches what has been split.
 CIRCLE = ("smp/split.cpp", "search/search.h")
 
 MAX_LINES = 600
@@ -140,7 +140,8 @@ def check_tree(root, layers=()):
     if not paths:
         return [f"{root}: no sources"]
     found = {LAYERS[layer] for layer in map(layer_of, paths) if layer is not None}
-    complaints = [f"src/{layer}: is listed, but not there" for layer in layers if layer not in found]
+    missing = [layer for layer in layers if layer not in found]
+    complaints = [f"src/{layer}: is listed, but not there" for layer in missing]
     for path in paths:
         complaints.extend(check_file(root, path))
     return complaints + list(check_circles(root, paths))

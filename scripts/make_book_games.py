@@ -219,7 +219,7 @@ def make_games(args):
 
 
 def book_key(position):
-    """The position as a book knows it: FEN without counters, en passant only where it can happen."""
+    """The position as a book knows it: FEN without counters, en passant only where possible."""
     men, side, castling, square = position.fen().split()[:4]
     takes = (m for m in position.pseudo_moves() if m[2:4] == square)
     if not any(position.board[square_of(m)] in "Pp" for m in takes):

@@ -228,14 +228,14 @@ void BookSelector::printCandidates(const BookPosition& position, std::FILE* out)
     return;
   }
   printCriteria(out);
-  choose(n, position.black);
+  const std::span<const BookStatistics> rows = choose(n, position.black);
   std::fputs(
       "\n pick   move    elo    games  score    +/-   win%   drw%   elo%  game%  score%  combi%\n",
       out);
   std::fputs(Dashes, out);
   for (int i = 0; i < n; ++i) {
     const BookEntry& entry = book_.candidates()[i];
-    const BookStatistics& row = table_[i];
+    const BookStatistics& row = rows[i];
     const Record record(entry);
     std::fprintf(out, "%5.1f%%  %4s %6.0f %8i", row.pick * 100, Book::moveText(entry).data(),
                  row.elo, record.printedGames());

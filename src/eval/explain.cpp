@@ -20,7 +20,6 @@ void explainColour(const Evaluator& evaluator, Colour colour, Explanation& expla
   auto& terms = explanation.terms;
   const EvalSteps& steps = explanation.steps;
   const auto c = static_cast<unsigned>(colour);
-  const int points = materialPoints(evaluator.board.side[c].material);
   const int opponentPoints = materialPoints(evaluator.board.side[c ^ 1].material);
 
   int rest = steps.pawns[c] + steps.pieces[c];
@@ -49,7 +48,7 @@ void explainColour(const Evaluator& evaluator, Colour colour, Explanation& expla
   addPair(RookTerm, sums.rooks);
   addPair(QueenTerm, sums.queens);
 
-  const int attack = points > AttackerPoints ? kingAttack(evaluator, colour, sums.attack) : 0;
+  const int attack = kingAttack(evaluator, colour, sums.attack);
   terms[KingAttackTerm].value[c] = attack;
   terms[KingTerm].value[c] = steps.king[c];
   terms[RoundingTerm].value[c] = rest - attack;

@@ -90,6 +90,7 @@ int kingShelter(Evaluator& evaluator, Colour colour) {
 
 int kingAttack(const Evaluator& evaluator, Colour colour, const AttackRecord& attack) {
   const Board& board = evaluator.board;
+  if (!canAttackKing(board, colour)) return 0;
   const Square king = board.side[colour ^ 1].kingSquare;
   const Bitboard pawnAttacked =
       pawnSetAttacks(colour, board.side[colour].bb[Pawn]) & kingZone(king);

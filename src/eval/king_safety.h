@@ -22,21 +22,24 @@ inline Bitboard kingZone(Square king) {
 }
 
 // One colour's pieces against the enemy king: knights that reach its zone, and every bishop, rook
-// and queen. It stays empty for a colour with no more than AttackerPoints material points.
+// and queen. It stays empty for a colour that has not the material to attack.
 struct AttackRecord {
   int count = 0;   // pieces
   int weight = 0;  // by kind of piece, and by the squares of the zone in its safe attacks
 };
 
-// A colour with no more material points than this has no attack on the enemy king.
-inline constexpr int AttackerPoints = 12;
+// Whether the colour has the material for an attack on the enemy king.
+inline bool canAttackKing(const Board& board, Colour colour) {
+  constexpr int AttackerPoints = 12;  // material points that are not enough yet
+  return materialPoints(board.side[colour].material) > AttackerPoints;
+}
 
 // The king's value, that colour's view, centipawns; leaves its shelter in Evaluator::shelter.
 // Requires: Evaluator::pawnEntry is the board's.
 int kingShelter(Evaluator& evaluator, Colour colour);
 
 // What the colour's attack on the enemy king is worth, that colour's view, centipawns; it grows
-// with the square of the danger.
+// with the square of the danger, and is 0 for a colour that has not the material to attack.
 // Requires: Evaluator::shelter of the other colour is the board's.
 int kingAttack(const Evaluator& evaluator, Colour colour, const AttackRecord& attack);
 

@@ -52,7 +52,7 @@ struct PieceContext {
     enemyPawnAttacks = pawnSetAttacks(Them, enemy[Pawn] & ~board.blockers[Them]);
     ownPawnAttacks = pawnSetAttacks(Us, own[Pawn]);
     unsafe = enemyPawnAttacks & ~ownPawnAttacks;
-    keepsRecord = materialPoints(board.side[Us].material) > AttackerPoints;
+    keepsRecord = canAttackKing(board, Us);
     zone = kingZone(board.side[Them].kingSquare);
     const bool kingOnLast = relativeRank(Us, board.side[Them].kingSquare) == 7;
     seventh = kingOnLast ? relativeRankMask(Us, 6) : 0;
@@ -228,11 +228,9 @@ int pieceTerms(const Evaluator& evaluator, Colour colour) {
   const PieceSums sums = pieceSums(evaluator, colour);
   const ScorePair total = sums.total();
   const int phase = std::min(materialPoints(board.side[colour ^ 1].material), 32);
-  int value =
+  const int value =
       ((openingOf(total) * phase + 16) >> 5) + ((endgameOf(total) * (32 - phase) + 16) >> 5);
-  if (materialPoints(board.side[colour].material) > AttackerPoints)
-    value += kingAttack(evaluator, colour, sums.attack);
-  return value;
+  return value + kingAttack(evaluator, colour, sums.attack);
 }
 
 }  // namespace quill

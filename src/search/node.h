@@ -50,7 +50,8 @@ inline bool cutsOff(const TtEntry& entry, int score, int depth, int alpha, int b
          (score <= -DecisiveScore && bound != LowerBound && score < alpha);
 }
 
-// out = the move and, behind it, the rest. Requires: both hold MaxSearchPly moves.
+// out = the move and, behind it, the rest. Requires: out holds MaxSearchPly moves;
+// rest is ended by 0.
 inline void joinLine(Move* out, Move move, const Move* rest) {
   *out++ = move;
   for (int i = 0; i < MaxSearchPly - 2 && rest[i] != NoMove; ++i) *out++ = rest[i];

@@ -14,8 +14,8 @@ inline constexpr int DrawScore = 0;
 // From here on a score is decisive: no evaluation reaches it, static pruning leaves it alone, and a
 // table entry of any depth proves it.
 inline constexpr int DecisiveScore = 10000;
-// From here on a score is a forced mate: internal deepening takes it as it is, and reports show it
-// as a count of moves.
+// Beyond this a score is a forced mate: internal deepening takes it as it is, and reports show it as
+// a count of moves. No search gives exactly this score.
 inline constexpr int ForcedMateScore = 29000;
 // Beyond this the table keeps a score relative to its node.
 inline constexpr int TableMateScore = 29010;

@@ -19,7 +19,7 @@ namespace {
 // Depth of table entries of the principal variation that no search has reached.
 constexpr int UnsearchedDepth = -64;
 
-const char* reasonText(int reason) {
+const char* reasonText(StopReason reason) {
   switch (reason) {
     case StopMate:
       return "(optimal)";
@@ -208,8 +208,9 @@ bool iterate(SearchState& state, int depth, std::uint64_t previousNodes) {
   }
   timeControl.iterationDone(state.rootMoves.bestMove(), score);
   const StopReason reason = stopReasonOf(state, depth, score);
-  // Sequentially consistent both, the reason before the look at infinite. Uci::ponderhit clears
-  // infinite before it looks at the reason: a stop decided here is seen by one of the two.
+  // Both are sequentially consistent: the reason is stored first, then infinite is read.
+  // Uci::ponderhit clears infinite and then reads the reason, so one of the two sees the other's
+  // change.
   state.stopReason.store(reason);
   const bool goesOn = reason == StopNone || timeControl.infinite();
   const float ratio =

@@ -13,7 +13,7 @@ struct SearchState;
 // searchFinished. Requires: the state has been reset for this search.
 void think(SearchState& state);
 
-// True when the search has to end now: a limit is reached or a stop was asked for.
+// Ends the search when a limit is reached. True when it has to end, for that or another reason.
 bool checkRootLimits(SearchState& state);
 
 }  // namespace quill

@@ -9,22 +9,6 @@
 
 namespace quill {
 
-namespace {
-
-// The most expensive first, equal ones as they were. An insertion sort: it needs no memory, and the
-// moves are nearly in order most of the time.
-void sortByNodes(RootMoveList& list, int first) {
-  for (int i = first + 1; i < static_cast<int>(list.count); ++i) {
-    const std::uint32_t moved = list.order[i];
-    const std::uint64_t nodes = list.records[moved].nodes;
-    int to = i;
-    for (; to > first && list.at(to - 1).nodes < nodes; --to) list.order[to] = list.order[to - 1];
-    list.order[to] = moved;
-  }
-}
-
-}  // namespace
-
 void RootMoveList::clear() {
   order[0] = 0;
   records[0] = {};
@@ -65,7 +49,7 @@ int initRootMoves(RootMoveList& list, Worker& worker) {
     list.lines[i][0] = NoMove;
     list.lines[i][1] = NoMove;
   }
-  sortByNodes(list, 0);
+  sortRootTail(list, 0);
   for (int i = 0; i < count; ++i) list.records[i].nodes = 0;
   return count;
 }
@@ -90,7 +74,16 @@ int placeRootMove(RootMoveList& list, int multiPv, int slot) {
   return j;
 }
 
-void sortRootTail(RootMoveList& list, int k) { sortByNodes(list, k); }
+// An insertion sort: it needs no memory, and the moves are nearly in order most of the time.
+void sortRootTail(RootMoveList& list, int k) {
+  for (int i = k + 1; i < static_cast<int>(list.count); ++i) {
+    const std::uint32_t moved = list.order[i];
+    const std::uint64_t nodes = list.records[moved].nodes;
+    int to = i;
+    for (; to > k && list.at(to - 1).nodes < nodes; --to) list.order[to] = list.order[to - 1];
+    list.order[to] = moved;
+  }
+}
 
 int bestScore(const RootMoveList& list) { return list.at(0).score; }
 

@@ -92,7 +92,8 @@ Verdict pruneByMateDistance(const Node& node) {
   return {};
 }
 
-// Static null-move pruning: so far above beta, and under no threat: a move would only confirm it.
+// Static null-move pruning: the evaluation is so far above beta, with no threat against it, that a
+// move would only confirm it.
 Verdict cutStatically(Worker& worker, const Node& node) {
   const Board& board = worker.board;
   if ((node.flags & (NullOk | PvNode)) != NullOk || node.inCheck) return {};
@@ -245,16 +246,19 @@ Verdict prepareMoves(Worker& worker, Node& node, NodeMoves& moves) {
   return {};
 }
 
-// The threat flag of a late move. The flags of all late moves are computed when the first is
-// needed: most nodes are decided by an early move.
+// Computes the threat flags of the late moves from this one on, once, where they matter: most nodes
+// are decided by an early move, and a node that is not behind needs none.
+void flagThreats(const Worker& worker, const Node& node, NodeMoves& moves, const Move* from) {
+  if (moves.hasThreats || node.eval >= node.beta || node.inCheck) return;
+  moves.hasThreats = true;
+  flagQuietThreats(worker.board, from, moves.end, moves.threats + (from - moves.list),
+                   node.beta - node.eval);
+}
+
+// The threat flag of a late move.
 int threatOf(const Worker& worker, const Node& node, NodeMoves& moves, const Move* move) {
-  if (node.eval >= node.beta || node.inCheck) return NoThreat;
-  if (!moves.hasThreats) {
-    moves.hasThreats = true;
-    flagQuietThreats(worker.board, move, moves.end, moves.threats + (move - moves.list),
-                     node.beta - node.eval);
-  }
-  return moves.threats[move - moves.list];
+  flagThreats(worker, node, moves, move);
+  return moves.hasThreats ? moves.threats[move - moves.list] : NoThreat;
 }
 
 // Takes a searched move's score into the node.
@@ -275,7 +279,7 @@ Verdict takeScore(Worker& worker, Node& node, Move move, int score) {
 std::optional<SplitResult> splitMoves(Worker& worker, const Node& node, NodeMoves& moves,
                                       const Move* at) {
   const Move* late = std::max<const Move*>(at, moves.late);
-  if (late != moves.end) threatOf(worker, node, moves, late);
+  if (late != moves.end) flagThreats(worker, node, moves, late);
   const auto from = at - moves.list;
   // Early moves have no flags; late ones none while the node is not behind.
   const Move* const unflagged = moves.hasThreats ? late : moves.end;
@@ -295,7 +299,7 @@ Verdict takeSplit(Worker& worker, Node& node, const SplitResult& result) {
   return {};
 }
 
-// A child is small most of the time: its table line has to be on its way this many moves before.
+// Most children are searched quickly, so a child's table line is asked for this many moves ahead.
 constexpr int PrefetchAhead = 2;
 
 Verdict searchMoves(Worker& worker, Node& node, NodeMoves& moves) {

@@ -4,9 +4,9 @@
 // most of them a function of their own. The step for one move, searchMove, serves the move loop of
 // a node and that of a split point alike.
 //
-// Threads: a search touches its own Worker alone, but for the shared transposition table and the
-// split points. Once the worker has to unwind every level returns 0 at once and stores nothing;
-// what was made above is taken back on the way up.
+// Threads: a search uses its own Worker, the shared table and the split points, and ends the search
+// of all threads when a limit is reached. Once its worker has to unwind, every level returns 0 at
+// once and stores nothing; the moves made are taken back on the way up.
 #pragma once
 
 #include "board/board.h"

@@ -1,9 +1,10 @@
 // The record of the search that runs: what its threads share, what was asked of it, how far it has
-// come and whether it has to end. The pool holds the one there is; each search begins with reset.
+// come and whether it has to end. The pool owns the only one; each search begins with reset.
 //
-// Threads: reset and the options belong to the input thread while all threads are idle. While a
-// search runs, rootMoves and iterationDepth belong to the master; others may read them once the
-// pool is idle (waitIdle orders their reads after its writes). The atomics tell how they are shared.
+// Threads: multiPv and multiPvMargin belong to the input thread; reset is called there, while all
+// threads are idle. While a search runs, rootMoves and iterationDepth belong to the master; others
+// may read them once the pool is idle (waitIdle orders their reads after its writes). The atomics
+// tell how they are shared.
 #pragma once
 
 #include <atomic>
@@ -58,7 +59,7 @@ struct SearchState {
 
   Tt& tt;
   TimeControl& timeControl;
-  // The workers that have a thread, the master first. The master alone when there is no thread yet.
+  // The master, and the other workers that have a thread.
   std::span<const std::unique_ptr<Worker>> workers;
 
   // Options, and what the running search took over of them.
@@ -76,8 +77,8 @@ struct SearchState {
   // Ends the iteration loop; set before the workers' stop flags. Sequentially consistent where it
   // is set and where a worker has just lowered its stop flag, so that one of the two is noticed.
   std::atomic<bool> rootStop{false};
-  // StopReason. Sequentially consistent, against TimeControl::infinite: see Uci::ponderhit.
-  std::atomic<int> stopReason{StopNone};
+  // Sequentially consistent, against TimeControl::infinite: see Uci::ponderhit.
+  std::atomic<StopReason> stopReason{StopNone};
 
   // Threads that wait for a split point; below 0 while one thread hands out work. Sequentially
   // consistent where it changes, relaxed where the move loop asks whether a split is worth trying.

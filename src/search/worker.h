@@ -68,8 +68,8 @@ enum Activity : int {
 struct Worker {
   Worker(SearchState& sharedState, Tt& table, const EvalTables& evalTables, int place);
 
-  // Forgets the last search, the stop flags apart, which the wake lowers. Input thread, while the
-  // worker is idle.
+  // Forgets the last search, except for the stop flags, which wakeWorker lowers. Input thread,
+  // while the worker is idle.
   void reset();
 
   // This worker has to unwind now (reads stop): a search ends, or just one node's.
@@ -114,7 +114,7 @@ struct Worker {
 
 // Asks the worker to end its search. Any thread.
 void stopWorker(Worker& worker);
-// Lets the idle worker's thread begin its part of a search, all reasons to stop taken back.
+// Lets the idle worker's thread begin its part of a search, with its stop flags lowered.
 void wakeWorker(Worker& worker);
 
 // Adds the time since the last call to the activity that has just ended. The worker's own thread.

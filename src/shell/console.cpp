@@ -58,7 +58,7 @@ void helpCommand(Engine& /*engine*/, const char* /*rest*/) {
 
 // Whether a running search forbids the command; if so, says so on standard error. Waits for a
 // search that has just sent its move.
-bool isRefused(Engine& engine, const char* command) {
+bool refuseWhileSearching(Engine& engine, const char* command) {
   if (engine.uci.isSearching()) {
     std::fprintf(stderr, "%s: a search is running\n", command);
     return true;
@@ -78,7 +78,7 @@ const Command* findCommand(const char* word, const char* rest) {
 bool runTypedLine(Engine& engine, const char* word, const char* rest) {
   const bool isMove = isMoveLine(word, rest);
   if (!isMove && !isPositionLine(word)) return false;
-  if (isRefused(engine, word)) return true;
+  if (refuseWhileSearching(engine, word)) return true;
   if (isMove) {
     playTypedMove(engine, word);
   } else {
@@ -109,7 +109,7 @@ bool InputLines::next(std::string& line, std::size_t limit) {
 
 bool handleLine(Engine& engine, std::string line) {
   if (line.empty()) {
-    if (!engine.uci.uciMode() && !isRefused(engine, "board")) fenCommand(engine, "");
+    if (!engine.uci.uciMode() && !refuseWhileSearching(engine, "board")) fenCommand(engine, "");
     return true;
   }
   const char* const word = line.c_str();
@@ -122,7 +122,7 @@ bool handleLine(Engine& engine, std::string line) {
   if (engine.uci.dispatch(word, rest)) return true;
   if (const Command* const command = findCommand(word, rest)) {
     if (command->run == nullptr) return false;
-    if (!command->takesTheEngine || !isRefused(engine, word)) command->run(engine, rest);
+    if (!command->takesTheEngine || !refuseWhileSearching(engine, word)) command->run(engine, rest);
     return true;
   }
   if (runTypedLine(engine, word, rest)) return true;

@@ -1,10 +1,13 @@
 #include "shell/text.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 namespace quill {
@@ -146,14 +149,30 @@ bool equalsIgnoreCase(std::string_view a, std::string_view b) {
                     [](char x, char y) { return lowerCase(x) == lowerCase(y); });
 }
 
-std::int32_t parseInt(const char* text) {
+std::int32_t parseInt(std::string_view text) {
   const std::int64_t value = parseInt64(text);
   return static_cast<std::int32_t>(std::clamp<std::int64_t>(
       value, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
 }
 
-std::int64_t parseInt64(const char* text) {
-  return text == nullptr ? 0 : std::strtoll(text, nullptr, 10);
+std::int64_t parseInt64(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+  const bool isNegative = text.starts_with('-');
+  if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
+  std::int64_t value = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (result.ec != std::errc::result_out_of_range) return value;
+  return isNegative ? std::numeric_limits<std::int64_t>::min()
+                    : std::numeric_limits<std::int64_t>::max();
+}
+
+void appendFormat(std::string& text, const char* format, ...) {
+  char buffer[128];
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(buffer, sizeof buffer, format, arguments);
+  va_end(arguments);
+  text += buffer;
 }
 
 void Tokenizer::setArgs(const char* text) {
@@ -181,9 +200,8 @@ EngineString Tokenizer::nextToken() {
 }
 
 std::int32_t Tokenizer::nextInt(std::int32_t defaultValue) {
-  // The word ends at a separator or with the line, and so does a number in it.
   const std::string_view word = nextWord();
-  return word.empty() ? defaultValue : parseInt(word.data());
+  return word.empty() ? defaultValue : parseInt(word);
 }
 
 }  // namespace quill

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace quill {
@@ -51,8 +52,11 @@ bool equalsIgnoreCase(std::string_view a, std::string_view b);
 
 // The decimal number that the text begins with (blanks and a sign may precede it), 0 when there is
 // none; a number beyond the type's range becomes the nearest one in it.
-std::int32_t parseInt(const char* text);
-std::int64_t parseInt64(const char* text);
+std::int32_t parseInt(std::string_view text);
+std::int64_t parseInt64(std::string_view text);
+
+// Appends printf-style text of up to 127 characters; what is longer is cut off.
+[[gnu::format(printf, 2, 3)]] void appendFormat(std::string& text, const char* format, ...);
 
 // Gives the words of a command line one by one; blanks and tabs separate them.
 class Tokenizer {

@@ -38,7 +38,7 @@ void waitUntilReady(const SplitPoint& split) {
   while (split.stage.load(std::memory_order_acquire) < SplitReady) backoff.pause();
 }
 
-// A worker's best at a split point, before it is the split point's.
+// A worker's best at a split point, before it is published.
 struct LocalBest {
   int score;
   Move move;
@@ -125,7 +125,7 @@ void searchFrom(Worker& worker, SplitPoint& split, int fromPly) {
   LineWalk walk(worker.board);
   walk.replayMoves(std::span(split.path).subspan(fromPly, split.node.ply - fromPly));
   account(worker, AdminTime);
-  // A search that ended meanwhile is not to be gone on with.
+  // The search may have ended meanwhile.
   if (worker.state.rootStop.load(std::memory_order_relaxed))
     worker.stop.store(true, std::memory_order_relaxed);
   searchSplitPoint(worker, split);
@@ -230,7 +230,6 @@ std::optional<SplitResult> trySplit(Worker& worker, const SplitRequest& request)
 }
 
 void runSlaveLoop(Worker& worker) {
-  account(worker, IdleTime);
   findWork(worker);
   for (;;) {
     account(worker, AdminTime);
@@ -254,7 +253,7 @@ void runSlaveLoop(Worker& worker) {
     {
       const Guard guard(worker.spinLock);
       setSplit(worker, nullptr);
-      worker.stop.exchange(false);  // a kill of the split point it has left means it no more
+      worker.stop.exchange(false);  // it may have been raised for the split point just left
     }
     split->detach();
     findWork(worker);

@@ -1,8 +1,8 @@
 // The record of a node whose remaining moves several threads search together.
 //
-// The owner publishes the node's moves, hands the split point to idle threads and then takes moves
-// from it like any helper, each thread taking the next move under an atomic counter. smp/split.h
-// has the search at it, smp/work_sharing.h who works where.
+// The owner hands the split point to idle threads, fills in the node's moves, and then takes moves
+// from it like any helper; an atomic counter gives each thread the next one. smp/split.h has the
+// search at it, smp/work_sharing.h who works where.
 //
 // Threads: lock order: the pool's lock, then a worker's spinLock; a split point's lock is taken
 // alone. The plain fields are written by the owner before stage becomes SplitReady (release) and
@@ -24,7 +24,8 @@ namespace quill {
 
 inline constexpr int MaxSplitPoints = 16;  // in use by one thread
 
-// Helpers wait for SplitReady; the other stages are for the reader of a record, nothing tests them.
+// Helpers wait for SplitReady. Nothing tells the other stages apart; they explain a record to a
+// person who looks at it.
 enum SplitStage : int {
   SplitPublished = 0,
   SplitHasMoves = 1,
@@ -38,7 +39,7 @@ struct SplitPoint {
   std::atomic<int> alpha{0};  // raised by the workers
   std::atomic<int> bestScore{0};
   Move bestMove = NoMove;
-  Move firstMove = NoMove;       // searched before the list was generated; skipped, mark apart
+  Move firstMove = NoMove;       // searched before the list was made; skipped, whatever its mark
   int lateIndex = 0;             // from here on moves count as late
   SplitPoint* parent = nullptr;  // what the owner was working under
   std::atomic<int> stage{SplitPublished};

@@ -83,9 +83,9 @@ bool startThread(Worker& worker) {
   return false;
 }
 
+// Requires: the worker is idle.
 void stopThread(Worker& worker) {
   worker.quit.store(true, std::memory_order_relaxed);  // the wake orders it
-  stopWorker(worker);
   wakeWorker(worker);
   worker.thread.join();
 }
@@ -129,6 +129,7 @@ void ThreadPool::setThreadCount(int n) {
 
 void ThreadPool::startSearch(SearchListener* listener, bool quiet) {
   waitIdle();
+  if (threadCount_ == 0) return;  // there is nobody who could search
   stopRequested.store(false, std::memory_order_relaxed);
   state.reset(listener, quiet);
   state.timeControl.start();

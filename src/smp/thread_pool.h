@@ -28,7 +28,8 @@ struct ThreadPool {
 
   // Starts a search of the master's board with the time control as configured; it reports to the
   // listener (none: to nobody) and, unless quiet, prints console lines. Waits for an earlier search
-  // to end, then returns at once; a stop request made right after it is never lost.
+  // to end, starts this one and returns; a stop request made right after it is never lost. Does
+  // nothing in a pool without threads.
   void startSearch(SearchListener* listener, bool quiet);
   // Asks all threads to stop and waits until they are idle.
   void stopAll();
@@ -45,8 +46,8 @@ struct ThreadPool {
 
   SearchState state;
   std::array<std::unique_ptr<Worker>, MaxThreads> workers;
-  // The last search was asked to stop. For the reader of the record; the flags of the search and
-  // its workers are what ends it.
+  // Whether the last search was asked to stop. A record only: rootStop and the workers' flags are
+  // what ends a search.
   std::atomic<bool> stopRequested{false};
 
  private:

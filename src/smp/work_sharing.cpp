@@ -24,7 +24,7 @@ bool isAtOrBelow(const SplitPoint* split, const SplitPoint* ancestor) {
 // Whether the worker may help at the other's split point. Requires: the other's spinLock is held.
 bool isWorthJoining(const Worker& other, const SplitPoint* split, const SplitPoint* own) {
   if (split == nullptr || other.isStopped() || other.isUnwinding()) return false;
-  if (split->stage.load(std::memory_order_acquire) != SplitReady || split->isCutOff()) return false;
+  if (split->stage.load(std::memory_order_acquire) < SplitReady || split->isCutOff()) return false;
   if (split->nextIndex.load(std::memory_order_relaxed) >=
       split->moveCount.load(std::memory_order_relaxed)) {
     return false;

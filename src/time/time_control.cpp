@@ -51,7 +51,7 @@ TimeControl::TimeControl(TickSource ticks)
 }
 
 void TimeControl::configure(const SearchLimits& limits, Colour stm) {
-  infinite_.store(limits.isUnlimitedTime());
+  infinite_.store(limits.hasNoTimeLimit());
   setNodeLimit(limits.nodes);
   depthLimit_ = limits.depth;
   const int clock = limits.clock[static_cast<unsigned>(stm)];
@@ -63,6 +63,7 @@ void TimeControl::configure(const SearchLimits& limits, Colour stm) {
   } else if (limits.movesToGo >= 0 && limits.nodes != 0) {
     allocateNodes(limits.nodes, limits.movesToGo);
   }
+  enterPhase(NormalPhase);
 }
 
 void TimeControl::start() {

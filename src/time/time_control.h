@@ -23,7 +23,7 @@ namespace quill {
 struct SearchLimits {
   std::array<int, 2> clock = {-1, -1};    // time left, -1 when not given
   std::array<int, 2> increment = {0, 0};  // for each move
-  std::uint32_t reserve = 0;              // of the clock, never planned with
+  std::uint32_t reserve = 0;              // ms of the clock that are never used
   int movesToGo = -1;                     // to the next time control, -1 when not given
   int moveTime = -1;                      // for this move, -1 when not given
   int depth = 0;                          // last iteration, 0 = none
@@ -31,7 +31,7 @@ struct SearchLimits {
   bool infinite = false;
   bool ponder = false;  // no limit of time until ponderhit
 
-  bool isUnlimitedTime() const { return infinite || ponder; }
+  bool hasNoTimeLimit() const { return infinite || ponder; }
 };
 
 // The phases of a search, by their budgets.
@@ -51,8 +51,8 @@ class TimeControl {
   // The tick source counts milliseconds modulo 2^32; none means the platform's.
   explicit TimeControl(TickSource ticks = nullptr);
 
-  // Takes the limits of the next search, which the side stm makes, and computes the budgets of all
-  // phases from them. Without a clock and a move time the budgets of time stay as they are.
+  // Takes the limits of the next search, for the side stm, computes the budgets of all phases from
+  // them and enters the normal phase. Without a clock or a move time the time budgets stay.
   void configure(const SearchLimits& limits, Colour stm = White);
   // The same time for every phase, ms, until a search is configured otherwise.
   void setMoveTime(std::uint32_t ms);

@@ -1,11 +1,9 @@
 #include "uci/info.h"
 
-#include <cstdarg>
-#include <cstdio>
-
 #include "board/notation.h"
 #include "search/search_state.h"
 #include "search/tt.h"
+#include "shell/text.h"
 
 namespace quill {
 
@@ -14,15 +12,6 @@ namespace {
 constexpr std::uint32_t MinSpeedTime = 100;      // ms; below, nodes per second are noise
 constexpr std::uint32_t ThrottleInterval = 100;  // ms
 constexpr int YoungDepths = 8;                   // iterations for which a best move counts as news
-
-[[gnu::format(printf, 2, 3)]] void appendFormat(std::string& text, const char* format, ...) {
-  char buffer[128];
-  va_list arguments;
-  va_start(arguments, format);
-  std::vsnprintf(buffer, sizeof buffer, format, arguments);
-  va_end(arguments);
-  text += buffer;
-}
 
 void appendMove(std::string& text, Move move) {
   char buffer[MoveTextSize];

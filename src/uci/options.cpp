@@ -15,8 +15,12 @@ namespace quill {
 namespace {
 
 enum OptionType { Spin, Check, Text, About, Hidden };
-// How the announcement is padded: the name to 15 columns, the type to 6 too, or the name to 26.
-enum OptionLayout { Plain, Typed, Wide };
+// How the announcement is padded.
+enum OptionLayout {
+  Plain,  // the name to 15 columns
+  Typed,  // and the type to 6
+  Wide    // the name to 26
+};
 
 }  // namespace
 
@@ -89,23 +93,18 @@ std::string Options::announcement() const {
   std::string text;
   for (const Option& option : Table) {
     if (option.type == Hidden) continue;
-    char line[128];
-    int used = std::snprintf(line, sizeof line, "option name %-*s type %-*s",
-                             option.layout == Wide ? 26 : 15, option.name,
-                             option.layout == Typed ? 6 : 0, TypeNames[option.type]);
-    const auto append = [&](const auto... parts) {
-      used += std::snprintf(line + used, sizeof line - static_cast<std::size_t>(used), parts...);
-    };
+    appendFormat(text, "option name %-*s type %-*s", option.layout == Wide ? 26 : 15, option.name,
+                 option.layout == Typed ? 6 : 0, TypeNames[option.type]);
     if (option.type == Spin) {
       const bool isThreads = option.set == &Options::setThreads;
-      append(" default %i min %i max %i", isThreads ? pool_.threadCount() : option.defaultValue,
-             option.min, option.max);
+      appendFormat(text, " default %i min %i max %i",
+                   isThreads ? pool_.threadCount() : option.defaultValue, option.min, option.max);
     } else if (option.type == Check) {
-      append(" default %s", option.defaultValue != 0 ? "true" : "false");
+      appendFormat(text, " default %s", option.defaultValue != 0 ? "true" : "false");
     } else if (option.type == About) {
-      append(" default %s-%s by %s", EngineName, EngineVersion, EngineAuthor);
+      appendFormat(text, " default %s-%s by %s", EngineName, EngineVersion, EngineAuthor);
     }
-    text.append(line).append("\n");
+    text += '\n';
   }
   return text;
 }

@@ -26,8 +26,8 @@ class Options {
   // The announcement of all options, a line each.
   std::string announcement() const;
 
-  // Takes the name of a "setoption" off its words. None when there is no such option, after one
-  // line on standard error where one is due.
+  // Takes the name of a "setoption" off its words. None when there is no such option; standard
+  // error then gets one line, except for a "Clear" without "Hash".
   static const Option* find(Tokenizer& words);
   // Whether the option changes what a running search uses.
   static bool needsIdle(const Option& option);

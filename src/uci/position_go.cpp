@@ -22,7 +22,7 @@ constexpr int BookWindow = 6;
 
 }  // namespace
 
-void Uci::position() {
+void Uci::position(Tokenizer& words) {
   const UciStatus old = setStatus(Position);
   if (old == Position) log("uci: 2x position?\n");
   if (old == Searching || old == Pondering) {
@@ -34,21 +34,20 @@ void Uci::position() {
   // The GUI has moved on without "ponderhit" or "stop".
   if (old == Withheld) sendBestMove(answer_);
 
-  if (setPosition()) playMoves();
+  if (setPosition(words)) playMoves(words);
   if (logStream() != nullptr) printBoard(board_, logStream());
 }
 
-// Sets the position that the arguments begin with, if any. True when the moves of a "moves" follow,
-// to be played on the board.
-bool Uci::setPosition() {
-  std::string_view word = arguments_.nextWord();
+// Sets the position that the arguments begin with, if any. True when a list of moves follows.
+bool Uci::setPosition(Tokenizer& words) {
+  std::string_view word = words.nextWord();
   if (equalsIgnoreCase(word, "startpos")) {
     setFen(board_, StartPosition);
-    word = arguments_.nextWord();
+    word = words.nextWord();
   } else if (equalsIgnoreCase(word, "fen")) {
     std::string fen;
-    while (arguments_.argsLeft()) {
-      word = arguments_.nextWord();
+    while (words.argsLeft()) {
+      word = words.nextWord();
       if (equalsIgnoreCase(word, "moves")) break;
       fen.append(word).append(" ");
     }
@@ -58,9 +57,9 @@ bool Uci::setPosition() {
   return equalsIgnoreCase(word, "moves");
 }
 
-void Uci::playMoves() {
-  while (arguments_.argsLeft()) {
-    const EngineString text = arguments_.nextToken();
+void Uci::playMoves(Tokenizer& words) {
+  while (words.argsLeft()) {
+    const EngineString text = words.nextToken();
     if (*text.text() == '.') {
       log("SKIP continuation move: %s\n", text.text());
       continue;
@@ -76,7 +75,7 @@ void Uci::playMoves() {
   }
 }
 
-void Uci::go() {
+void Uci::go(Tokenizer& words) {
   UciStatus old = stopRunningSearch();
   if (old == Withheld) {
     setStatus(Finished);
@@ -88,17 +87,17 @@ void Uci::go() {
     setStatus(Finished);
     return;
   }
-  if (board_.gamePly() < lastGoPly_ - 1) ucinewgame();
+  if (board_.gamePly() < lastGoPly_ - 1) forgetGame();
   lastGoPly_ = board_.gamePly();
 
-  const SearchLimits limits = readLimits();
+  const SearchLimits limits = readLimits(words);
   setStatus(limits.ponder ? Pondering : Searching);
   if (old != Position) std::fprintf(stderr, "Expected current status==POSITION, got %i\n", old);
 
   TimeControl& control = pool_.state.timeControl;
   control.configure(limits, board_.stm);
   const bool isTimed = limits.moveTime >= 0 || limits.clock[board_.stm] >= 0;
-  if (limits.depth == 0 && limits.nodes == 0 && !limits.isUnlimitedTime() && !isTimed) {
+  if (limits.depth == 0 && limits.nodes == 0 && !limits.hasNoTimeLimit() && !isTimed) {
     std::fprintf(stderr, "go(): no time/depth/node limit\n");
   }
   log("Nominal search time is %3.2f seconds, infinite=%i, nodes=%i\n",
@@ -123,7 +122,7 @@ bool Uci::probeBook() {
   return true;
 }
 
-SearchLimits Uci::readLimits() {
+SearchLimits Uci::readLimits(Tokenizer& words) const {
   SearchLimits limits;
   const struct {
     std::string_view name;
@@ -136,17 +135,17 @@ SearchLimits Uci::readLimits() {
   };
   std::int64_t nodes = 0;
   limits.reserve = reserve_;
-  while (arguments_.argsLeft()) {
-    const std::string_view word = arguments_.nextWord();
+  while (words.argsLeft()) {
+    const std::string_view word = words.nextWord();
     for (const auto& number : numbers) {
       if (!equalsIgnoreCase(word, number.name)) continue;
-      number.value = arguments_.nextInt(number.value);
+      number.value = words.nextInt(number.value);
       if (&number.value == &limits.moveTime) limits.movesToGo = 1;
       break;
     }
     if (equalsIgnoreCase(word, "nodes")) {
-      const std::string_view number = arguments_.nextWord();
-      if (!number.empty()) nodes = parseInt64(number.data());
+      const std::string_view number = words.nextWord();
+      if (!number.empty()) nodes = parseInt64(number);
     }
     if (equalsIgnoreCase(word, "infinite")) limits.infinite = true;
     if (equalsIgnoreCase(word, "ponder")) limits.ponder = true;

@@ -36,7 +36,7 @@ Uci::Uci(ThreadPool& pool, EvalTables& evalTables, BookSelector& book, std::FILE
 bool Uci::dispatch(const char* command, const char* rest) {
   struct Handler {
     const char* name;
-    void (Uci::*run)();
+    void (Uci::*run)(Tokenizer& words);
   };
   static constexpr Handler Handlers[] = {
       {"uci", &Uci::uci},
@@ -52,10 +52,11 @@ bool Uci::dispatch(const char* command, const char* rest) {
 
   if (*command == '\0') return uciMode_;
   if (uciMode_) trace(command, rest);
-  arguments_.setArgs(rest);
+  Tokenizer words;
+  words.setArgs(rest);
   for (const Handler& handler : Handlers) {
     if (!equalsIgnoreCase(command, handler.name)) continue;
-    (this->*handler.run)();
+    (this->*handler.run)(words);
     std::fflush(out_);
     flushLog();
     return true;
@@ -64,7 +65,7 @@ bool Uci::dispatch(const char* command, const char* rest) {
   return false;
 }
 
-void Uci::uci() {
+void Uci::uci(Tokenizer& /*words*/) {
   logOff();
   if (errorLog_ != nullptr) redirectErrors(errorLog_);
   std::string text = "\n";
@@ -77,17 +78,19 @@ void Uci::uci() {
   trace("<--uciok");
 }
 
-void Uci::isready() {
+void Uci::isready(Tokenizer& /*words*/) {
   send("readyok\n");
   trace("<--readyok");
 }
 
-void Uci::ucinewgame() {
+void Uci::ucinewgame(Tokenizer& /*words*/) { forgetGame(); }
+
+void Uci::forgetGame() {
   lastBookPly_ = 0;
   lastGoPly_ = 0;
 }
 
-void Uci::quit() {
+void Uci::quit(Tokenizer& /*words*/) {
   std::fflush(out_);
   trace("exit()!\n");
   // A search may still run: the process ends under it, without taking anything down.
@@ -95,8 +98,8 @@ void Uci::quit() {
   std::_Exit(0);
 }
 
-void Uci::setoption() {
-  const Options::Option* option = Options::find(arguments_);
+void Uci::setoption(Tokenizer& words) {
+  const Options::Option* option = Options::find(words);
   if (option == nullptr) return;
   if (Options::needsIdle(*option)) {
     const UciStatus old = stopRunningSearch();
@@ -104,10 +107,10 @@ void Uci::setoption() {
       std::fprintf(stderr, "uci::setoption(): search still running? status=%i\n", old);
     }
   }
-  options_.set(*option, arguments_);
+  options_.set(*option, words);
 }
 
-void Uci::stop() {
+void Uci::stop(Tokenizer& /*words*/) {
   switch (setStatus(Finished)) {
     case Finished:
     case Withheld:
@@ -127,7 +130,7 @@ void Uci::stop() {
   }
 }
 
-void Uci::ponderhit() {
+void Uci::ponderhit(Tokenizer& /*words*/) {
   switch (setStatus(Searching)) {
     case Finished:
     case Withheld:
@@ -145,10 +148,10 @@ void Uci::ponderhit() {
       std::fprintf(stderr, "uci::ponderhit status==SEARCHING, ponderhit ignored\n");
       break;
     case Pondering:
-      // A search that would have ended but for the pondering has nothing more to think about. First
-      // infinite is cleared, then the reason looked at, sequentially consistent both: the end of an
-      // iteration (iterate in search/root.cpp) stores the reason and then looks at infinite, so
-      // that one of the two sees what the other did.
+      // A search that would have ended but for the pondering has nothing more to think about.
+      // Both are sequentially consistent: infinite is cleared first, then the reason is read. The
+      // end of an iteration (iterate in search/root.cpp) stores the reason and then reads infinite,
+      // so one of the two sees the other's change.
       pool_.state.timeControl.ponderhit();
       if (pool_.state.stopReason.load() != StopNone) pool_.stopAll();
       break;
@@ -159,7 +162,7 @@ void Uci::searchFinished(int depth, int /*score*/, Move /*move*/) {
   printPvBlock(depth);
   throttle_.reset();  // for the next search
   answer_ = {pool_.state.rootMoves.bestMove(), pool_.state.rootMoves.ponderMove()};
-  const Answer answer = answer_;  // the member may change as soon as the status has
+  const Answer answer = answer_;  // the member may change once the status has changed
   UciStatus status;
   {
     const std::lock_guard guard(statusLock_);

@@ -41,7 +41,7 @@ enum UciStatus : int {
 class Uci final : public SearchListener {
  public:
   // Protocol lines go to out; "uci" redirects standard error to the file of the name given, if any.
-  // What is referred to must outlive the object.
+  // All arguments must outlive the object.
   Uci(ThreadPool& pool, EvalTables& evalTables, BookSelector& book, std::FILE* out,
       const char* errorLog = nullptr);
 
@@ -60,35 +60,38 @@ class Uci final : public SearchListener {
   void searchFinished(int depth, int score, Move move) override;
 
  private:
-  // The move that a search, the book or a lack of both came to.
+  // The answer to a "go"; the moves are 0 where there are none.
   struct Answer {
     Move best = NoMove;
     Move ponder = NoMove;
   };
 
-  void uci();
-  void position();
-  void go();
-  void isready();
-  void setoption();
-  void ucinewgame();
-  void ponderhit();
-  void stop();
-  [[noreturn]] void quit();
+  // The commands, each with the words behind its own.
+  void uci(Tokenizer& words);
+  void position(Tokenizer& words);
+  void go(Tokenizer& words);
+  void isready(Tokenizer& words);
+  void setoption(Tokenizer& words);
+  void ucinewgame(Tokenizer& words);
+  void ponderhit(Tokenizer& words);
+  void stop(Tokenizer& words);
+  [[noreturn]] void quit(Tokenizer& words);
 
   UciStatus setStatus(UciStatus status);
   // Ends a search that runs, so that it sends its answer, and waits until all threads are idle.
   // Returns the status that it found; one of no search is left alone.
   UciStatus stopRunningSearch();
 
-  bool setPosition();
-  void playMoves();
+  bool setPosition(Tokenizer& words);
+  void playMoves(Tokenizer& words);
   bool probeBook();
-  SearchLimits readLimits();
+  SearchLimits readLimits(Tokenizer& words) const;
+  // The next position belongs to another game.
+  void forgetGame();
 
   void printPvBlock(int filterDepth);
   void sendBestMove(Answer answer);
-  // Sends the answer of a search that has ended, or what is left of it, on demand.
+  // Sends an earlier answer again, once all threads are idle.
   void repeatAnswer(Answer answer);
   void send(const std::string& text);
 
@@ -97,7 +100,6 @@ class Uci final : public SearchListener {
   BookSelector& book_;
   std::FILE* out_;
   const char* errorLog_;
-  Tokenizer arguments_;  // of the command in progress
 
   Options options_;
   bool uciMode_ = false;

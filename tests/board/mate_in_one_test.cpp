@@ -61,13 +61,12 @@ TEST(MateInOne, PatternsAreMatesOrNot) {
       // A pawn steps in beside its king, on a rank and on a diagonal.
       {"2r4Q/8/8/4P3/8/3K4/4p3/3k4 w - -", ""},
       {"8/1Q4b1/6K1/1P1r1B2/4Q3/6p1/7Q/5k2 w - -", ""},
-      // On a diagonal one knight is no parry, unless it stands beside its king or shields the
-      // other.
+      // On a diagonal one knight is no parry, unless it is beside its king or shields the other.
       {"8/8/8/7K/8/6B1/p3n3/kb6 w - -", "g3e5"},
       {"8/8/8/7K/8/6B1/p3n3/kb1b4 w - -", ""},
       {"4Q3/4K3/8/8/1Q5B/8/n2p1P2/k7 w - -", ""},
-      // A careless FEN leaves the king in check already, along a file and along a diagonal; it is
-      // never captured.
+      // A careless FEN leaves the king in check already, along a file and along a diagonal; a king
+      // is never captured.
       {"8/7r/8/8/k6r/8/6P1/5RBK b - -", ""},
       {"8/kq6/8/8/4b3/8/7P/6RK b - -", ""},
   };

@@ -1,5 +1,4 @@
-// A builder of book files, written from the file format alone. For the test programs that link the
-// book.
+// A builder of book files, written from the file format alone, for programs that link the book.
 #pragma once
 
 #include <algorithm>

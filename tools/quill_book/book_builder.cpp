@@ -79,7 +79,7 @@ std::optional<PgnError> BookBuilder::setUp(const PgnGame& game) {
 
 BookBuilder::MoveCount BookBuilder::countOf(Move move, const PgnGame& game) const {
   MoveCount count{};
-  count.key = Book::bookKey(getFen(board_).text())->lookupKey();
+  count.key = Book::bookKey(board_).lookupKey();
   count.from = bookSquare(fromOf(move));
   count.to = bookSquare(toOf(move));
   const bool white = board_.stm == White;

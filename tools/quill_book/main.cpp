@@ -147,7 +147,7 @@ int dump(const CommandLine& line) {
     complain(line.files[0], "not a book");
     return Failure;
   }
-  BookSelector(book, 0).printCandidates(getFen(board).text());
+  BookSelector(book, 0).printCandidates(Book::bookKey(board));
   return Success;
 }
 
