@@ -5,7 +5,6 @@
 namespace quill {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::SizeIs;
@@ -26,18 +25,13 @@ TEST_F(Options, OnlyTheWordTrueSwitchesOn) {
 }
 
 TEST_F(Options, WeightsArePercentOf1024) {
-  const auto set = [this](const std::string& value) {
-    send("setoption name eval.kingattack " + value);
-    return evalTables.weights[KingAttack];
-  };
-  EXPECT_EQ(set("value 150"), 1536);
-  EXPECT_EQ(set("value 99"), 1013);
-  EXPECT_EQ(set("value 0"), 0);
-  EXPECT_EQ(set("1000"), 10240);
-  EXPECT_EQ(set("value"), 1024);
-  EXPECT_EQ(set("value high"), 0);
-  EXPECT_EQ(set("value -5"), 0);
-  EXPECT_EQ(set("value 99999999999"), 10240);
+  const std::pair<const char*, int> cases[] = {
+      {"value 150", 1536}, {"value 99", 1013}, {"value 0", 0},  {"1000", 10240},
+      {"value", 1024},     {"value high", 0},  {"value -5", 0}, {"value 99999999999", 10240}};
+  for (const auto& [value, weight] : cases) {
+    send(std::string("setoption name eval.kingattack ") + value);
+    EXPECT_EQ(evalTables.weights[KingAttack], weight) << value;
+  }
 }
 
 TEST_F(Options, EachWeightHasItsOwnName) {
@@ -54,50 +48,46 @@ TEST_F(Options, EachWeightHasItsOwnName) {
 }
 
 TEST_F(Options, NumbersAreLoggedAsGivenAndKeptInRange) {
-  send("setoption name MultiPV value 0");
-  EXPECT_EQ(pool.state.multiPv, 0);
-  send("setoption name multipv value 999");
-  EXPECT_EQ(pool.state.multiPv, 256);
-  send("setoption name MultiPV value");
-  EXPECT_EQ(pool.state.multiPv, 1);
-  EXPECT_EQ(logged(), "multipv=0\nmultipv=999\nmultipv=1\n");
-  send("setoption name MultiPVMargin value 5000");
+  const struct {
+    const char *option, *log;
+    int multiPv;
+    std::uint64_t megabytes;
+    int threads;
+  } cases[] = {
+      {"MultiPV value 0", "multipv=0\n", 0, 1, 1},
+      {"multipv value 999", "multipv=999\n", 256, 1, 1},
+      {"MultiPV value", "multipv=1\n", 1, 1, 1},
+      // A name is not matched by its beginning.
+      {"MultiPVMargin value 5000", "", 1, 1, 1},
+      {"Hash value 2", "resizing hash to 2Mb\n", 1, 2, 1},
+      // The number is taken for the word "value".
+      {"Hash 4", "resizing hash to 32Mb\n", 1, 32, 1},
+      {"Hash value 0", "resizing hash to 0Mb\n", 1, 1, 1},
+      {"Threads value 3", "setting cpus=3\n", 1, 1, 3},
+      {"Threads 3", "setting cpus=1\n", 1, 1, 1},
+      {"Threads value -8", "setting cpus=-8\n", 1, 1, 1},
+  };
+  for (const auto& c : cases) {
+    send(std::string("setoption name ") + c.option);
+    EXPECT_EQ(logged(), c.log) << c.option;
+    EXPECT_EQ(pool.state.multiPv, c.multiPv) << c.option;
+    EXPECT_EQ(tt.sizeBytes(), c.megabytes << 20) << c.option;
+    EXPECT_EQ(pool.threadCount(), c.threads) << c.option;
+  }
   EXPECT_EQ(pool.state.multiPvMargin, 2000);
-  EXPECT_EQ(pool.state.multiPv, 1) << "a name is not matched by its beginning";
-  EXPECT_EQ(logged(), "");
-}
-
-TEST_F(Options, HashAndThreadsSkipOneWordUnseen) {
-  send("setoption name Hash value 2");
-  EXPECT_EQ(tt.sizeBytes(), 2u << 20);
-  send("setoption name Hash 4");
-  EXPECT_EQ(tt.sizeBytes(), 32u << 20) << "the number was taken for the word \"value\"";
-  send("setoption name Hash value 0");
-  EXPECT_EQ(tt.sizeBytes(), 1u << 20);
-  EXPECT_EQ(logged(), "resizing hash to 2Mb\nresizing hash to 32Mb\nresizing hash to 0Mb\n");
-  send("setoption name Threads value 3");
-  EXPECT_EQ(pool.threadCount(), 3);
-  send("setoption name Threads 3");
-  EXPECT_EQ(pool.threadCount(), 1);
-  send("setoption name Threads value -8");
-  EXPECT_EQ(pool.threadCount(), 1);
-  EXPECT_EQ(logged(), "setting cpus=3\nsetting cpus=1\nsetting cpus=-8\n");
 }
 
 TEST_F(Options, ClearTakesTheWordHashAlone) {
-  const auto filled = [this] {
-    startSearch("depth 5");
-    waitForTheEnd();
-    logged();
-    return pool.state.ttFilled() > 0;
-  };
-  ASSERT_TRUE(filled());
+  startSearch("depth 5");
+  waitForTheEnd();
+  logged();
   send("setoption name Clear value Hash");
   EXPECT_EQ(logged(), "");
+  EXPECT_GT(pool.state.ttFilled(), 0u);
+  TtEntry entry;
+  EXPECT_TRUE(tt.probe(pool.state.master(), entry));
   send("setoption name clear HASH");
   EXPECT_THAT(logged(), MatchesRegex("[0-9]{10}:tt cleared\n"));
-  TtEntry entry;
-  send("position startpos");
   EXPECT_FALSE(tt.probe(pool.state.master(), entry));
 }
 

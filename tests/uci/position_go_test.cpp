@@ -4,15 +4,12 @@
 namespace quill {
 namespace {
 
-using testing::ContainsRegex;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 using PositionCommand = test::UciTest;
 
 constexpr char AfterE4E5[] = "rnbqkbnr/pppp1ppp/8/4p3/4P3/8/PPPP1PPP/RNBQKBNR w KQkq - 0 2";
-constexpr char EndgameFen[] = "8/8/8/3k4/8/3KP3/8/8 b - -";
 
 TEST_F(PositionCommand, PlaysTheMovesOfAGame) {
   send("position startpos moves e2e4 e7e5");
@@ -25,32 +22,28 @@ TEST_F(PositionCommand, PlaysTheMovesOfAGame) {
   EXPECT_THAT(logged(), HasSubstr("uci: 2x position?\n"));
 }
 
-TEST_F(PositionCommand, AFenNeedsNoCountersAndEndsAtMoves) {
-  send(std::string("POSITION FEN\t") + EndgameFen + "  MOVES d5e5");
-  EXPECT_THAT(fen(), HasSubstr("8/8/8/4k3/8/3KP3/8/8 w - -"));
-  EXPECT_EQ(errors(), "");
-}
-
-TEST_F(PositionCommand, AnUnreadableFenKeepsThePositionWithoutItsMoves) {
-  send("position startpos moves e2e4 e7e5");
-  send("position fen 8/8/8/8 w - - moves a2a3");
-  EXPECT_EQ(fen(), AfterE4E5);
-  send("position fen moves a2a3");
-  EXPECT_EQ(fen(), AfterE4E5);
-  send("position somewhere moves a2a3");
-  EXPECT_EQ(fen(), AfterE4E5);
-}
-
-TEST_F(PositionCommand, TheFirstInvalidMoveEndsTheList) {
-  send("position startpos moves e2e4 e7e5 e2e4 g1f3");
-  EXPECT_EQ(fen(), AfterE4E5);
-  EXPECT_THAT(errors(), HasSubstr("WARNING invalid move from GUI: e2e4\n"));
-  EXPECT_EQ(uci.status(), Position);
-}
-
-TEST_F(PositionCommand, ContinuationDotsAreSkipped) {
-  send("position startpos moves e2e4 ... e7e5 ..");
-  EXPECT_EQ(fen(), AfterE4E5);
+TEST_F(PositionCommand, WhatMakesNoSenseIsLeftOut) {
+  const struct {
+    const char *line, *fen;
+    testing::Matcher<std::string> errors;
+  } cases[] = {
+      {"POSITION FEN\t8/8/8/3k4/8/3KP3/8/8 b - -  MOVES d5e5", "8/8/8/4k3/8/3KP3/8/8 w - - 1 1",
+       IsEmpty()},
+      // The first invalid move ends the list.
+      {"position startpos moves e2e4 e7e5 e2e4 g1f3", AfterE4E5,
+       HasSubstr("WARNING invalid move from GUI: e2e4\n")},
+      // An unreadable position keeps the one before, without the moves.
+      {"position fen 8/8/8/8 w - - moves a2a3", AfterE4E5, testing::_},
+      {"position fen moves a2a3", AfterE4E5, testing::_},
+      {"position somewhere moves a2a3", AfterE4E5, testing::_},
+      {"position startpos moves e2e4 ... e7e5 ..", AfterE4E5, IsEmpty()},
+  };
+  for (const auto& c : cases) {
+    send(c.line);
+    EXPECT_EQ(fen(), c.fen) << c.line;
+    EXPECT_THAT(errors(), c.errors) << c.line;
+    EXPECT_EQ(uci.status(), Position) << c.line;
+  }
   EXPECT_THAT(logged(), HasSubstr("SKIP continuation move: ...\n"));
 }
 
@@ -71,68 +64,51 @@ TEST_F(PositionCommand, StopsASearchAndIsReadyForTheNext) {
   send("position startpos moves e2e4 e7e5");
   EXPECT_EQ(errors(), "uci::position(): search still running? status=2\n");
   EXPECT_THAT(answers(), SizeIs(1));
-  EXPECT_EQ(uci.status(), Position);
   EXPECT_EQ(fen(), AfterE4E5);
 }
 
-class GoCommand : public test::UciTest {
- protected:
-  // Runs "go" with the parameters and ends it at once; the time control keeps what they meant.
-  void go(const std::string& parameters) {
-    send("position startpos");
-    errors();
-    send("go " + parameters);
-    send("stop");
-  }
-};
+class GoCommand : public test::UciTest {};
 
-TEST_F(GoCommand, ReadsTheClockOfTheSideToMove) {
-  go("wtime 60000 btime 5000");
-  EXPECT_EQ(timeControl.phaseTime(3), 3256u);
-  go("wtime 300000 winc 2000 btime 1 binc 1");
-  EXPECT_EQ(timeControl.phaseTime(3), 20970u);
-  go("WTIME 5000 movestogo 1");
-  EXPECT_EQ(timeControl.phaseTime(3), 1332u);
+TEST_F(GoCommand, ReadsTheClockOfTheSideToMoveAndTheLimits) {
+  const struct {
+    const char* parameters;
+    std::uint32_t time;  // of the normal phase
+    int depth;
+    std::uint64_t nodes;  // of the normal phase
+  } cases[] = {
+      {"wtime 60000 btime 5000", 3256, 0, 0},
+      {"wtime 300000 winc 2000 btime 1 binc 1", 20970, 0, 0},
+      {"WTIME 5000 movestogo 1", 1332, 0, 0},
+      {"movetime 700 wtime 60000", 700, 0, 0},
+      {"depth 3 nodes 5000000000 wtime 60000", 3256, 3, 5'000'000'000},
+      {"nodes 1000000 movestogo 10", 3256, 0, 173610},
+      // Limits end with their search; those below zero limit nothing.
+      {"wtime 60000 winc -5 depth -1 nodes -1", 3256, 0, 0},
+      // A keyword takes the next word whatever it is: White's clock reads as 0.
+      {"wtime btime 60000", 100, 0, 0},
+      {"movetime 900", 900, 0, 0},
+      // Without a number there is no clock.
+      {"depth 1 wtime", 900, 1, 0},
+      // A negative move time still means one move to go.
+      {"movetime -5 wtime 5000 movestogo", 1332, 0, 0},
+  };
+  for (const auto& c : cases) {
+    startSearch(c.parameters);
+    send("stop");
+    EXPECT_EQ(timeControl.phaseTime(NormalPhase), c.time) << c.parameters;
+    EXPECT_EQ(timeControl.depthLimit(), c.depth) << c.parameters;
+    EXPECT_EQ(timeControl.phaseNodes(NormalPhase), c.nodes) << c.parameters;
+  }
   send("position startpos moves e2e4");
   send("go wtime 5 btime 60000 infinite");
+  EXPECT_EQ(timeControl.phaseTime(NormalPhase), 3256u);
   send("stop");
-  EXPECT_EQ(timeControl.phaseTime(3), 3256u);
-  EXPECT_EQ(errors(), "");
-}
-
-TEST_F(GoCommand, LimitsOverrideTheClock) {
-  go("movetime 700 wtime 60000");
-  EXPECT_EQ(timeControl.phaseTime(3), 700u);
-  go("depth 3 nodes 5000000000 wtime 60000");
-  EXPECT_EQ(timeControl.depthLimit(), 3);
-  EXPECT_EQ(timeControl.phaseNodes(5), 5'000'000'000u);
-  EXPECT_EQ(timeControl.phaseTime(3), 3256u);
-  go("nodes 1000000 movestogo 10");
-  EXPECT_EQ(timeControl.phaseNodes(3), 173610u);
-  go("wtime 60000");
-  EXPECT_EQ(timeControl.depthLimit(), 0);
-  EXPECT_EQ(timeControl.phaseNodes(3), 0u) << "limits end with their search";
-}
-
-TEST_F(GoCommand, AKeywordTakesTheNextWordWhateverItIs) {
-  go("movetime 900");
-  go("wtime btime 60000");  // White's clock reads as 0, and 60000 belongs to nobody
-  EXPECT_EQ(timeControl.phaseTime(3), 100u);
-  go("movetime 900");
-  go("depth 1 wtime");
-  EXPECT_EQ(timeControl.phaseTime(3), 900u) << "without a number there is no clock";
-  go("movetime -5 wtime 5000 movestogo");
-  EXPECT_EQ(timeControl.phaseTime(3), 1332u) << "a negative move time still means one move to go";
-  go("wtime 60000 winc -5 depth -1 nodes -1");
-  EXPECT_EQ(timeControl.phaseTime(3), 3256u);
-  EXPECT_EQ(timeControl.depthLimit(), 0);
-  EXPECT_EQ(timeControl.nodeLimit(), 0u);
 }
 
 TEST_F(GoCommand, WithoutAnyLimitTheOldBudgetsServe) {
-  go("movetime 50");
-  logged();
+  startSearch("movetime 50");
   send("position startpos");
+  errors();
   send("go");
   waitForTheEnd();
   EXPECT_THAT(answers(), SizeIs(2));
@@ -141,10 +117,11 @@ TEST_F(GoCommand, WithoutAnyLimitTheOldBudgetsServe) {
 }
 
 TEST_F(GoCommand, TheLargestNumbersAreHarmless) {
-  go("wtime 99999999999 btime 99999999999 winc 99999999999 binc 99999999999 movestogo 99999999999");
-  go("movetime 99999999999 depth 99999999999 nodes 99999999999999999999999");
-  go("nodes 99999999999999999999999 movestogo 1");
-  EXPECT_THAT(answers(), SizeIs(3));
+  for (const char* name : {"wtime", "winc", "movestogo", "movetime", "depth", "nodes"}) {
+    startSearch(std::string("wtime 99999999999 ") + name + " 99999999999999999999999 infinite");
+    send("stop");
+    EXPECT_THAT(answers(), SizeIs(1)) << name;
+  }
 }
 
 // A book for the first moves of an open game.
@@ -164,18 +141,23 @@ class BookCommand : public test::UciTest {
     EXPECT_TRUE(book.open(path.c_str()));
   }
 
-  std::vector<std::string> goAt(const std::string& moves) {
+  // Whether the book answers behind these moves.
+  bool isFromBook(const std::string& moves) {
     send("position startpos moves " + moves);
     send("go depth 1");
     waitForTheEnd();
-    const std::string text = out();
-    isFromBook = text.find("info") == std::string::npos;
-    return {text.substr(text.find("bestmove"))};
+    return out().find("info") == std::string::npos;
+  }
+
+  // The open game with so many plies of knight moves behind it.
+  static std::string openGame(int plies) {
+    std::string moves = "e2e4 e7e5";
+    for (; plies > 0; plies -= 4) moves += " b1c3 b8c6 c3b1 c6b8";
+    return moves;
   }
 
   test::TestFolder folder;
   std::vector<test::TestRecord> records;
-  bool isFromBook = false;
 };
 
 TEST_F(BookCommand, ABookMoveIsAnsweredAtOnce) {
@@ -188,41 +170,28 @@ TEST_F(BookCommand, ABookMoveIsAnsweredAtOnce) {
   EXPECT_EQ(out(), "bestmove e2e4\n");
 
   send("setoption name OwnBook value false");
-  goAt("e2e4 e7e5");
-  EXPECT_FALSE(isFromBook);
+  EXPECT_FALSE(isFromBook("e2e4 e7e5"));
 }
 
 TEST_F(BookCommand, TheBookIsAskedUntilSixPliesBehindItsLastMove) {
-  const std::string shuffle = " b1c3 b8c6 c3b1 c6b8";
-  goAt("e2e4 e7e5");
-  EXPECT_TRUE(isFromBook);
-  goAt("e2e4 e7e5" + shuffle);  // 4 plies on
-  EXPECT_TRUE(isFromBook);
-  goAt("e2e4 e7e5" + shuffle + shuffle);
-  EXPECT_TRUE(isFromBook) << "each book move renews the window";
-  goAt("e2e4 e7e5" + shuffle + shuffle + shuffle + shuffle);  // 8 plies on
-  EXPECT_FALSE(isFromBook);
+  EXPECT_TRUE(isFromBook(openGame(0)));
+  EXPECT_TRUE(isFromBook(openGame(4)));
+  EXPECT_TRUE(isFromBook(openGame(8))) << "each book move renews the window";
+  EXPECT_FALSE(isFromBook(openGame(16)));
 }
 
 TEST_F(BookCommand, ANewGameOpensTheBookAgain) {
-  const std::string shuffle = " b1c3 b8c6 c3b1 c6b8";
-  const std::string late = "e2e4 e7e5" + shuffle + shuffle + shuffle;
-  goAt("e2e4 e7e5");
-  goAt("a2a3 e7e5" + shuffle + shuffle + shuffle);  // far behind the book: searched
-  ASSERT_FALSE(isFromBook);
-  goAt(late);
-  ASSERT_FALSE(isFromBook);
+  EXPECT_TRUE(isFromBook(openGame(0)));
+  EXPECT_FALSE(isFromBook(openGame(12) + " a2a3"));
+  EXPECT_FALSE(isFromBook(openGame(12)));
   send("ucinewgame");
-  goAt(late);
-  EXPECT_TRUE(isFromBook);
+  EXPECT_TRUE(isFromBook(openGame(12)));
 
-  goAt("e2e4 e7e5 a2a3 a7a6" + shuffle + shuffle + shuffle + shuffle);
-  goAt("e2e4 e7e5");  // the book answers; the window lies here again
-  goAt("e2e4 e7e5 a2a3 a7a6" + shuffle + shuffle + shuffle);
-  goAt("e2e4 e7e5" + shuffle + shuffle);  // plies before the last "go": a game of its own
-  EXPECT_FALSE(isFromBook);
-  goAt(late);
-  EXPECT_TRUE(isFromBook);
+  EXPECT_TRUE(isFromBook(openGame(0)));  // the window lies here again
+  EXPECT_FALSE(isFromBook(openGame(12) + " a2a3"));
+  // Plies before the last "go": a game of its own.
+  EXPECT_FALSE(isFromBook(openGame(8)));
+  EXPECT_TRUE(isFromBook(openGame(12)));
 }
 
 }  // namespace

@@ -85,23 +85,18 @@ TEST_F(Commands, StopBehindAnAnswerRepeatsTheMoveAlone) {
   EXPECT_THAT(answers(), ElementsAre(first[0].substr(0, first[0].find(" ponder"))));
 }
 
-TEST_F(Commands, TheAnswerOfAPonderSearchWaitsForPonderhit) {
-  startSearch("ponder nodes 2000");
-  waitForTheEnd();
-  EXPECT_THAT(answers(), IsEmpty());
-  EXPECT_EQ(uci.status(), Withheld);
-  send("ponderhit");
-  const auto sent = answers();
-  ASSERT_THAT(sent, SizeIs(1));
-  EXPECT_THAT(sent[0], HasSubstr(" ponder "));
-  EXPECT_EQ(uci.status(), Finished);
-}
-
-TEST_F(Commands, TheAnswerOfAPonderSearchWaitsForStopToo) {
-  startSearch("ponder nodes 2000");
-  waitForTheEnd();
-  send("stop");
-  EXPECT_THAT(answers(), ElementsAre(MatchesRegex("bestmove ....")));
+TEST_F(Commands, TheAnswerOfAPonderSearchWaitsForPonderhitOrStop) {
+  const std::pair<const char*, const char*> cases[] = {{"ponderhit", "bestmove .... ponder ...."},
+                                                       {"stop", "bestmove ...."}};
+  for (const auto& [command, expected] : cases) {
+    startSearch("ponder nodes 2000");
+    waitForTheEnd();
+    EXPECT_THAT(answers(), IsEmpty()) << command;
+    EXPECT_EQ(uci.status(), Withheld) << command;
+    send(command);
+    EXPECT_THAT(answers(), ElementsAre(MatchesRegex(expected))) << command;
+    EXPECT_EQ(uci.status(), Finished) << command;
+  }
 }
 
 TEST_F(Commands, AWithheldAnswerIsSentBeforeTheNextPositionOrGo) {
@@ -176,12 +171,6 @@ TEST_F(Commands, NoLegalMoveIsAnsweredAtOnce) {
   send("go infinite");
   waitForTheEnd();
   EXPECT_THAT(out(), MatchesRegex("info depth 0 .*\nbestmove 0000\n"));
-  send("position fen 7k/5KQ1/8/8/8/8/8/8 b - - 0 1");
-  send("go ponder");
-  waitForTheEnd();
-  EXPECT_EQ(answers().size(), 0u);
-  send("ponderhit");
-  EXPECT_THAT(answers(), ElementsAre("bestmove 0000"));
 }
 
 TEST_F(Commands, TheLastBlockComesWithoutVariationsToo) {
