@@ -16,8 +16,6 @@ using test::effort;
 using test::RecordingListener;
 using test::SearchKit;
 
-void sleepMicroseconds(int us) { std::this_thread::sleep_for(std::chrono::microseconds(us)); }
-
 // An idle pool has everything of the parallel search put away.
 void expectSettled(ThreadPool& pool) {
   EXPECT_EQ(pool.state.idleCount, 0);
@@ -53,32 +51,6 @@ TEST(ThreadPool, CountIsClampedAndMayChangeAnyTime) {
   }
 }
 
-TEST(ThreadPool, StartReturnsAtOnceAndStopWaits) {
-  SearchKit kit(2);
-  RecordingListener listener;
-  kit.listener = &listener;
-  kit.limits.infinite = true;
-  kit.setPosition(test::KiwipeteFen);
-  EXPECT_FALSE(kit.pool.isSearching());
-  kit.start();
-  EXPECT_TRUE(kit.pool.isSearching());
-  kit.pool.stopAll();
-  EXPECT_FALSE(kit.pool.isSearching());
-  EXPECT_EQ(listener.countOf(RecordingListener::Event::Finished), 1);
-  kit.pool.stopAll();  // nothing to stop
-  EXPECT_EQ(listener.countOf(RecordingListener::Event::Finished), 1);
-}
-
-TEST(ThreadPool, SlavesSearchTheMastersPosition) {
-  SearchKit kit(4);
-  kit.setPosition(test::QuietFen);
-  kit.think(3);
-  for (int i = 1; i < 4; ++i) {
-    EXPECT_EQ(kit.pool.workers[i]->board.key, kit.board().key) << i;
-    EXPECT_EQ(kit.pool.workers[i]->board.ply, kit.board().ply) << i;
-  }
-}
-
 // The counts of the search before must not be taken for those of the one just begun.
 TEST(ThreadPool, CountsBeginAtZeroWithTheSearch) {
   SearchKit kit(4);
@@ -88,8 +60,10 @@ TEST(ThreadPool, CountsBeginAtZeroWithTheSearch) {
   kit.limits.infinite = true;
   for (int i = 0; i < 20; ++i) {
     kit.start();
+    ASSERT_TRUE(kit.pool.isSearching());
     ASSERT_LT(kit.state().searchedNodes(), before);
     kit.pool.stopAll();
+    ASSERT_FALSE(kit.pool.isSearching());
     for (int w = 1; w < 4; ++w) kit.pool.workers[w]->stats.nodes.add(before);
   }
 }
@@ -132,7 +106,7 @@ void startAndStop(int threads, int rounds) {
     kit.setPosition(test::VariedFens[static_cast<std::size_t>(i) % std::size(test::VariedFens)]);
     listener.events.clear();
     kit.start();
-    sleepMicroseconds(i % 7 * 150);
+    std::this_thread::sleep_for(std::chrono::microseconds(i % 7 * 150));
     kit.pool.stopAll();
     ASSERT_EQ(listener.countOf(RecordingListener::Event::Finished), 1) << i;
     const Move best = kit.rootMoves().bestMove();
@@ -161,6 +135,12 @@ TEST_P(ThreadPoolSlow, SearchesFollowEachOtherAtOnce) {
     // Another one waits for this one's end by itself.
     if (i % 2 == 0) kit.start();
     kit.pool.waitIdle();
+    const Move best = kit.rootMoves().bestMove();
+    ASSERT_TRUE(best == NoMove ? kit.rootMoves().count == 0 : isLegalMove(kit.board(), best)) << i;
+    // A node limit ends the search of all, whichever thread meets it.
+    for (const auto& worker : kit.state().workers) {
+      ASSERT_TRUE(kit.limits.nodes == 0 || worker->stats.searched() < kit.limits.nodes + 3 * 4096);
+    }
     expectSettled(kit.pool);
     if (i % 16 == 0) kit.pool.setThreadCount(1 + i / 16 % GetParam());
     ASSERT_FALSE(testing::Test::HasFailure()) << i;
