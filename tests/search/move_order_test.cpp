@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <numeric>
-#include <string>
 
 #include "support/play.h"
 #include "support/reference.h"
@@ -33,23 +31,17 @@ Order orderOf(Board& board, const KillerTable& killers, int ply, Move hashMove =
 }
 
 TEST(MoveOrder, ReferencePositionsAgree) {
-  for (const auto& position : test::referencePositions()) {
-    if (!position.contains("order")) continue;
-    Board board = boardOf(position["getFen"]);
-    const Order order = orderOf(board, NoKillers, 1);
-    EXPECT_EQ(order.moves, movesIn(position["order"]["bits"])) << position["getFen"];
-    EXPECT_EQ(order.good, position["order"]["good"]) << position["getFen"];
-  }
-}
-
-TEST(MoveOrder, ReferenceEvasionsAgree) {
-  for (const auto& position : test::referencePositions()) {
-    if (!position.contains("evasions")) continue;
-    Board board = boardOf(position["getFen"]);
+  test::forEachReference([](Board& board, const auto& reference) {
     std::vector<Move> moves = legalMovesOf(board);
-    orderEvasions(board, moves.data(), moves.data() + moves.size(), NoMove);
-    EXPECT_EQ(moves, movesIn(position["evasions"]["bits"])) << position["getFen"];
-  }
+    if (reference.contains("order")) {
+      const Order order = orderOf(board, NoKillers, 1);
+      EXPECT_EQ(order.moves, movesIn(reference["order"]["bits"]));
+      EXPECT_EQ(order.good, reference["order"]["good"]);
+    } else {
+      orderEvasions(board, moves.data(), moves.data() + moves.size(), NoMove);
+      EXPECT_EQ(moves, movesIn(reference["evasions"]["bits"]));
+    }
+  });
 }
 
 class MoveOrderKillers : public testing::Test {
@@ -78,6 +70,8 @@ TEST_F(MoveOrderKillers, ComeInTheOrderOfTheirPlies) {
   const Move hashMove = moveOf(board_, "a2a4") | MarkFlag;
   const Order order = orderOf(board_, killers, 5, hashMove);
   EXPECT_EQ(order.good, 3) << "the hash move and the killers of this ply";
+  killers[5][1] = withoutMark(hashMove);
+  EXPECT_EQ(orderOf(board_, killers, 5, hashMove).good, 2) << "a killer that is the hash move";
   EXPECT_TRUE(isSameMove(order.moves[0], hashMove));
   for (unsigned i = 0; i < 6; ++i) EXPECT_EQ(order.moves[i + 1], moves[i]) << i;
 }
@@ -89,13 +83,6 @@ TEST_F(MoveOrderKillers, OfNeighbourPliesAreLeftAloneAtBothEnds) {
   EXPECT_EQ(placeAsKiller(move, 101, 99), 0);
   EXPECT_GT(placeAsKiller(move, 102, 100), 0);
   EXPECT_EQ(placeAsKiller(move, 127, 127), 0);
-}
-
-TEST_F(MoveOrderKillers, CountOnceWhenTheyAreTheHashMove) {
-  KillerTable killers{};
-  const Move move = moveOf(board_, "e1f1");
-  killers[4] = {move, move};
-  EXPECT_EQ(orderOf(board_, killers, 4, move).good, 1);
 }
 
 TEST_F(MoveOrderKillers, ShiftDownWithoutTheMarkAndWithoutRepeating) {
@@ -111,28 +98,12 @@ TEST_F(MoveOrderKillers, ShiftDownWithoutTheMarkAndWithoutRepeating) {
   EXPECT_EQ(killers[9][1], withoutMark(first));
 }
 
-TEST(MoveOrder, SortingIsASelectionThatLeavesTheTailAlone) {
-  std::vector<Move> moves(12);
-  std::iota(moves.begin(), moves.end(), 1u);
-  std::vector<int> scores = {1, 5, 2, 5, 0, 9, 3, 4, 8, 7, 6, 5};
-  sortMoves(moves.data(), scores.data(), 12, 8);
-  EXPECT_EQ(scores, (std::vector<int>{9, 8, 7, 6, 5, 5, 5, 4, 0, 2, 1, 3}));
-  EXPECT_EQ(moves, (std::vector<Move>{6, 9, 10, 11, 2, 4, 12, 8, 5, 3, 1, 7}));
-  sortMoves(moves.data(), scores.data(), 12, 12);
-  EXPECT_TRUE(std::is_sorted(scores.rbegin(), scores.rend()));
-}
-
-TEST(MoveOrder, KingsFleeToTheEdgeFromAStrongEnemyAndToTheCentreFromAWeakOne) {
-  const auto firstEvasion = [](const char* fen, const char* hashMove) {
-    Board board = boardOf(fen);
-    std::vector<Move> moves = legalMovesOf(board);
-    const Move hash = hashMove != nullptr ? moveOf(board, hashMove) | MarkFlag : NoMove;
-    orderEvasions(board, moves.data(), moves.data() + moves.size(), hash);
-    return moves.front();
-  };
-  EXPECT_EQ(firstEvasion("k3r2r/n7/8/8/8/4K3/8/8 w - -", nullptr), makeQuiet(E3, F2));
-  EXPECT_EQ(firstEvasion("k3r2r/8/8/8/8/4K3/8/8 w - -", nullptr), makeQuiet(E3, D4));
-  EXPECT_EQ(firstEvasion("k3r2r/8/8/8/8/4K3/8/8 w - -", "e3d2"), makeQuiet(E3, D2));
+TEST(MoveOrder, TheHashMoveIsTheFirstEvasion) {
+  Board board = boardOf("k3r2r/8/8/8/8/4K3/8/8 w - -");
+  std::vector<Move> moves = legalMovesOf(board);
+  const Move hashMove = moveOf(board, "e3d2") | MarkFlag;
+  orderEvasions(board, moves.data(), moves.data() + moves.size(), hashMove);
+  EXPECT_EQ(moves.front(), withoutMark(hashMove));
 }
 
 }  // namespace

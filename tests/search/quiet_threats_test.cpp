@@ -23,35 +23,17 @@ int flagOf(Board& board, const char* squares, int margin) {
   return flag;
 }
 
-int flagOf(const char* fen, const char* squares, int margin) {
-  Board board = boardOf(fen);
-  return flagOf(board, squares, margin);
-}
-
 TEST(QuietThreats, ReferencePositionsAgree) {
-  for (const auto& position : test::referencePositions()) {
-    if (!position.contains("flags")) continue;
-    Board board = boardOf(position["getFen"]);
+  test::forEachReference([](Board& board, const auto& reference) {
+    if (!reference.contains("flags")) return;
     const std::vector<Move> moves = legalMovesOf(board);
-    for (const auto& [margin, expected] : position["flags"].items()) {
+    for (const auto& [margin, expected] : reference["flags"].items()) {
       std::vector<int> flags(moves.size(), -1);
       flagQuietThreats(board, moves.data(), moves.data() + moves.size(), flags.data(),
                        std::stoi(margin));
-      EXPECT_EQ(flags, expected.get<std::vector<int>>()) << position["getFen"] << " " << margin;
+      EXPECT_EQ(flags, expected.template get<std::vector<int>>()) << margin;
     }
-  }
-}
-
-TEST(QuietThreats, TheDearerTheTargetTheLargerTheMarginAtWhichItCounts) {
-  struct Case {
-    const char* target;
-    int limit;  // the first margin at which a knight's attack on it no longer counts
-  };
-  for (const auto& [target, limit] : {Case{"q", 1100}, {"r", 700}, {"b", 500}, {"n", 500}}) {
-    const std::string fen = std::string("7k/8/") + target + "7/8/8/3N4/8/7K w - -";
-    EXPECT_EQ(flagOf(fen.c_str(), "d3c5", limit - 1), Threatens) << fen;
-    EXPECT_EQ(flagOf(fen.c_str(), "d3c5", limit), NoThreat) << fen;
-  }
+  });
 }
 
 TEST(QuietThreats, LinesThatTheLastTwoMovesOpenedAreWorthUsing) {

@@ -3,16 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "eval/see.h"
-#include "support/play.h"
-#include "support/positions.h"
-#include "support/random_positions.h"
-#include "support/search_kit.h"
-
 namespace quill {
 namespace {
 
-using test::describe;
 using testing::ElementsAre;
 
 struct Record {
@@ -38,31 +31,6 @@ std::vector<Move> movesOf(const RootMoveList& list) {
   std::vector<Move> moves;
   for (unsigned i = 0; i < list.count; ++i) moves.push_back(list.at(static_cast<int>(i)).move);
   return moves;
-}
-
-TEST(RootMoves, StartInTheOrderOfTheirExchanges) {
-  test::SearchKit kit;
-  test::RandomPositions random(20260303);
-  for (int i = 0; i < 300; ++i) {
-    kit.board().copyFrom(random.next());
-    std::vector<Move> moves = test::legalMovesOf(kit.board());
-    std::stable_sort(moves.begin(), moves.end(), [&](Move a, Move b) {
-      const auto key = [&](Move move) {
-        return seeSquare(kit.board(), fromOf(move)) + 2 * see(kit.board(), move);
-      };
-      return key(a) > key(b);
-    });
-    RootMoveList list;
-    EXPECT_EQ(initRootMoves(list, kit.worker()), static_cast<int>(moves.size()));
-    ASSERT_EQ(movesOf(list), moves) << describe(kit.board());
-    for (unsigned m = 0; m < list.count; ++m) {
-      const RootMove& record = list.records[m];
-      ASSERT_TRUE(record.nodes == 0 && record.depth == 0 && record.bound == NotSearched);
-      ASSERT_EQ(record.score, 32 * (seeSquare(kit.board(), fromOf(record.move)) +
-                                    2 * see(kit.board(), record.move)));
-      ASSERT_EQ(list.lines[m][0], NoMove);
-    }
-  }
 }
 
 TEST(RootMoves, PlaceIsFoundAmongTheFirstLines) {

@@ -11,36 +11,30 @@ namespace {
 using test::boardOf;
 
 TEST(Threat, ReferencePositionsAgree) {
-  for (const auto& position : test::referencePositions()) {
-    const Board board = boardOf(position["getFen"]);
+  test::forEachReference([](Board& board, const auto& reference) {
     for (const Colour side : {White, Black}) {
-      if (position["threat"][side].is_null()) continue;
-      EXPECT_EQ(threatValue(board, side), position["threat"][side])
-          << position["getFen"] << " " << side;
+      if (reference["threat"][side].is_null()) continue;
+      EXPECT_EQ(threatValue(board, side), reference["threat"][side]) << side;
     }
-  }
+  });
 }
 
-TEST(Threat, APromotionCountsOnlyAgainstASideWithPieces) {
-  for (const char* mover : {" w - -", " b - -"}) {
-    const std::string withKnight = std::string("7k/8/8/8/8/N7/6p1/K7") + mover;
-    const std::string bare = std::string("7k/8/8/8/8/P7/6p1/K7") + mover;
-    EXPECT_EQ(threatValue(boardOf(withKnight), White), 100 * 7 - 50 + 100) << withKnight;
-    EXPECT_EQ(threatValue(boardOf(bare), White), 0) << bare;
-  }
-}
-
-TEST(Threat, APinnedQueenCountsWithWhatItsExchangeLoses) {
-  EXPECT_EQ(threatValue(boardOf("4r2k/8/8/8/8/4Q3/8/4K3 w - -"), White), 100 * 8 - 50 + 100);
-  // Defended, the queen still costs the difference to the rook.
-  EXPECT_EQ(threatValue(boardOf("4r2k/8/8/8/8/4Q3/3P4/4K3 w - -"), White), 100 * 4 - 50 + 100);
-}
-
-TEST(Threat, OfTwoForkedPiecesTheLesserIsLost) {
-  EXPECT_EQ(threatValue(boardOf("7k/8/8/8/3p4/2N1R3/8/K7 w - -"), White), 100 * 3 - 50 + 100);
-  EXPECT_EQ(threatValue(boardOf("7k/8/8/8/3p4/4R3/8/K7 w - -"), White), 0);
-  // A pinned pawn forks nothing.
-  EXPECT_EQ(threatValue(boardOf("3k4/8/8/8/3p4/2N1R3/8/K2R4 w - -"), White), 0);
+TEST(Threat, SpecialCasesOfPawnsAndPins) {
+  const struct {
+    const char* name;
+    const char* fen;
+    int value;
+  } cases[] = {
+      {"a promotion", "7k/8/8/8/8/N7/6p1/K7 w - -", 750},
+      {"a promotion, the promoter to move", "7k/8/8/8/8/N7/6p1/K7 b - -", 750},
+      {"a promotion against a bare side", "7k/8/8/8/8/P7/6p1/K7 w - -", 0},
+      {"a pinned queen", "4r2k/8/8/8/8/4Q3/8/4K3 w - -", 850},
+      {"a pinned queen, defended", "4r2k/8/8/8/8/4Q3/3P4/4K3 w - -", 450},
+      {"two forked pieces: the lesser is lost", "7k/8/8/8/3p4/2N1R3/8/K7 w - -", 350},
+      {"one attacked piece can go", "7k/8/8/8/3p4/4R3/8/K7 w - -", 0},
+      {"a pinned pawn forks nothing", "3k4/8/8/8/3p4/2N1R3/8/K2R4 w - -", 0},
+  };
+  for (const auto& c : cases) EXPECT_EQ(threatValue(boardOf(c.fen), White), c.value) << c.name;
 }
 
 }  // namespace
