@@ -38,11 +38,6 @@ class SearchTest : public testing::Test {
   test::SearchKit kit;
 };
 
-TEST_F(SearchTest, MatedAndStalemated) {
-  EXPECT_EQ(scoreOf("7k/6Q1/6K1/8/8/8/8/8 b - -", 3, 4), -29997);
-  EXPECT_EQ(scoreOf("7k/5Q2/6K1/8/8/8/8/8 b - -", 3, 4), 0);
-}
-
 TEST_F(SearchTest, MateInOneIsSeenFromEveryKindOfNode) {
   constexpr char Fen[] = "6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - -";
   for (int depth = 0; depth <= 3; ++depth) {
@@ -95,9 +90,11 @@ TEST_F(SearchTest, NoRepeatThroughThePieceThatWentBackOrByCastling) {
 }
 
 TEST_F(SearchTest, FiftyMovesDrawEvenTheMated) {
+  EXPECT_EQ(scoreOf("7k/5Q2/6K1/8/8/8/8/8 b - -", 3, 4), 0) << "stalemate";
   kit.setPosition("7k/6Q1/6K1/8/8/8/8/8 b - -");
   kit.board().lastIrreversible = kit.board().ply - 99;
   EXPECT_EQ(kit.scoreAt(3, 4), -29997);
+  EXPECT_EQ(kit.quietScoreAt(9, 2), -29991);
   kit.board().lastIrreversible = kit.board().ply - 100;
   EXPECT_EQ(kit.scoreAt(3, 4), 0);
   EXPECT_EQ(kit.quietScoreAt(3, 2), 0);

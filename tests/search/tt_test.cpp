@@ -214,15 +214,6 @@ TEST_F(TtTest, StoresAreCountedByWhatTheyMeet) {
   EXPECT_EQ(stats.ttOverwrites, 1u) << "an old entry counts as free";
 }
 
-TEST_F(TtTest, EntryWithAnIllegalMoveIsPassedOver) {
-  const Move move = moveOf(kit.board(), "e2e4");
-  store(ExactBound, 5, 0, move);
-  const std::uint64_t key = kit.board().key;  // as if another position had the same
-  kit.setPosition("4k3/8/8/8/8/8/8/4K3 w - -");
-  kit.board().key = key;
-  EXPECT_FALSE(isKnown());
-}
-
 TEST_F(TtTest, RemoveEmptiesThePositionAlone) {
   fill(0, {5, 5});
   EXPECT_TRUE(tt().remove(worker()));
@@ -241,15 +232,6 @@ TEST_F(TtTest, MateScoresAreRelativeToThePosition) {
   EXPECT_EQ(scoreFromTable(-29998, 7), -29991);
   EXPECT_EQ(scoreToTable(29010, 50), 29010) << "not a mate score";
   EXPECT_EQ(scoreToTable(29011, 50), 29061);
-}
-
-TEST_F(TtTest, GenerationWrapsAround) {
-  for (int i = 0; i < 255; ++i) tt().newSearch();
-  EXPECT_EQ(tt().generation(), 0);
-  store(ExactBound, 5, 1);
-  EXPECT_TRUE(isKnown());
-  tt().newSearch();
-  EXPECT_EQ(tt().generation(), 1);
 }
 
 // Several threads on few entries: halves of different entries get mixed, but what a probe hands out
