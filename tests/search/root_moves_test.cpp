@@ -1,12 +1,12 @@
 #include "search/root_moves.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 namespace quill {
 namespace {
-
-using testing::ElementsAre;
 
 struct Record {
   int score;
@@ -62,27 +62,19 @@ TEST(RootMoves, PlaceIsFoundAmongTheFirstLines) {
 }
 
 TEST(RootMoves, TailIsSortedByNodesAndTheLinesStay) {
-  const std::vector<Record> records = {{0, 1, 1}, {0, 1, 5}, {0, 1, 7}, {0, 1, 5}, {0, 1, 9}};
-  RootMoveList list = listOf(records);
-  sortRootTail(list, 1);
-  EXPECT_THAT(movesOf(list), ElementsAre(1, 5, 3, 2, 4));
-  list = listOf(records);
-  sortRootTail(list, 3);
-  EXPECT_THAT(movesOf(list), ElementsAre(1, 2, 3, 5, 4));
-  list = listOf(records);
-  sortRootTail(list, 200);
-  EXPECT_THAT(movesOf(list), ElementsAre(1, 2, 3, 4, 5));
+  const std::pair<int, std::vector<Move>> cases[] = {
+      {1, {1, 5, 3, 2, 4}}, {3, {1, 2, 3, 5, 4}}, {200, {1, 2, 3, 4, 5}}};
+  for (const auto& [lines, expected] : cases) {
+    RootMoveList list = listOf({{0, 1, 1}, {0, 1, 5}, {0, 1, 7}, {0, 1, 5}, {0, 1, 9}});
+    sortRootTail(list, lines);
+    EXPECT_EQ(movesOf(list), expected) << lines;
+  }
 }
 
 TEST(RootMoves, LowestLineIsAmongTheLinesAlone) {
   const RootMoveList list = listOf({{50, 1}, {70, 1}, {-300, 1}});
-  EXPECT_EQ(bestScore(list), 50);
-  EXPECT_EQ(lowestPvScore(list, 0), 50);
-  EXPECT_EQ(lowestPvScore(list, 2), 50);
-  EXPECT_EQ(lowestPvScore(list, 3), -300);
-  EXPECT_EQ(lowestPvScore(list, 256), -300);
-  EXPECT_EQ(lineCount(list, 0), 1);
-  EXPECT_EQ(lineCount(list, 256), 3);
+  const std::pair<int, int> cases[] = {{0, 50}, {2, 50}, {3, -300}, {256, -300}};
+  for (const auto& [lines, lowest] : cases) EXPECT_EQ(lowestPvScore(list, lines), lowest) << lines;
 }
 
 }  // namespace

@@ -125,47 +125,50 @@ TEST_F(SearchTest, OnlyReplyIsMarkedToBeExtended) {
   EXPECT_NE(entry.move & MarkFlag, 0u) << "the table hands the extension on";
 }
 
-TEST_F(SearchTest, DeepestNodesAreOnlyEvaluated) {
+TEST_F(SearchTest, DeepestNodesAndThoseThatCannotMateSoonerAreNotSearched) {
   kit.setPosition(test::KiwipeteFen);
   const int eval = evaluate(kit.worker().evaluator);
   EXPECT_EQ(kit.scoreAt(120, 9), eval);
   EXPECT_EQ(kit.quietScoreAt(120, 2), eval);
-  EXPECT_EQ(kit.worker().stats.searched(), 2u);
-}
-
-TEST_F(SearchTest, NoBetterMateIsLookedForThanIsKnown) {
-  kit.setPosition(test::KiwipeteFen);
   EXPECT_EQ(kit.scoreAt(10, 9, 29989, 29990, ZeroWindow), 29989);
   EXPECT_EQ(kit.scoreAt(10, 9, -29990, -29988, ZeroWindow), -29988);
-  EXPECT_EQ(kit.worker().stats.searched(), 2u);
+  EXPECT_EQ(kit.worker().stats.searched(), 4u);
 }
 
 TEST_F(SearchTest, TableCutsOffOnlyZeroWindowNodesOfItsDepth) {
+  constexpr int StaticLower = LowerBound | StaticCut;
+  const struct {
+    int bound, depth, score;
+    unsigned flags;
+    bool isCut;
+  } cases[] = {
+      {ExactBound, 4, -700, ZeroWindow, true},
+      {LowerBound, 9, 101, AllNode | NullOk, true},
+      {UpperBound, 4, 100, ZeroWindow, true},
+      {ExactBound, 3, -700, ZeroWindow, false},
+      // Bounds on the wrong side.
+      {LowerBound, 4, 100, ZeroWindow, false},
+      {UpperBound, 4, 101, ZeroWindow, false},
+      {ExactBound, 4, -700, PvNode, false},
+      // A static cut needs a node that may pass the turn: no move was searched for it.
+      {StaticLower, 4, 500, ZeroWindow, true},
+      {StaticLower, 4, 500, CutNode, false},
+      // A proved win or loss counts whatever its depth, but not against its bound.
+      {LowerBound, 1, 10000, ZeroWindow, true},
+      {UpperBound, 1, -10000, ZeroWindow, true},
+      {UpperBound, 1, 10000, ZeroWindow, false},
+      {ExactBound, 1, 9999, ZeroWindow, false},
+  };
   kit.setPosition(test::QuietFen);
   const Move move = moveOf(kit.board(), "c4a2");
-  Worker& worker = kit.worker();
-  const auto isCut = [&](int bound, int depth, int score, unsigned flags) {
+  for (const auto& c : cases) {
     kit.tt.clear();
-    worker.stats.reset();
-    kit.tt.storeScore(worker, bound, depth, 1, score, move, 0);
-    const bool is = kit.scoreAt(1, 4, 100, 101, flags) == score && worker.stats.searched() == 1;
-    return is;
-  };
-  EXPECT_TRUE(isCut(ExactBound, 4, -700, ZeroWindow));
-  EXPECT_TRUE(isCut(LowerBound, 9, 101, AllNode | NullOk));
-  EXPECT_TRUE(isCut(UpperBound, 4, 100, ZeroWindow));
-  EXPECT_FALSE(isCut(ExactBound, 3, -700, ZeroWindow)) << "too shallow";
-  EXPECT_FALSE(isCut(LowerBound, 4, 100, ZeroWindow)) << "bound on the wrong side";
-  EXPECT_FALSE(isCut(UpperBound, 4, 101, ZeroWindow)) << "bound on the wrong side";
-  EXPECT_FALSE(isCut(ExactBound, 4, -700, PvNode)) << "not on the principal variation";
-  EXPECT_TRUE(isCut(LowerBound | StaticCut, 4, 500, ZeroWindow));
-  EXPECT_FALSE(isCut(LowerBound | StaticCut, 4, 500, CutNode)) << "no move was searched for it";
-  // A proved win or loss counts whatever its depth, but not against its bound.
-  EXPECT_TRUE(isCut(LowerBound, 1, 10000, ZeroWindow));
-  EXPECT_TRUE(isCut(UpperBound, 1, -10000, ZeroWindow));
-  EXPECT_FALSE(isCut(UpperBound, 1, 10000, ZeroWindow));
-  EXPECT_FALSE(isCut(LowerBound, 1, -10000, ZeroWindow));
-  EXPECT_FALSE(isCut(ExactBound, 1, 9999, ZeroWindow));
+    kit.worker().stats.reset();
+    kit.tt.storeScore(kit.worker(), c.bound, c.depth, 1, c.score, move, 0);
+    const int score = kit.scoreAt(1, 4, 100, 101, c.flags);
+    EXPECT_EQ(score == c.score && kit.worker().stats.searched() == 1, c.isCut)
+        << "case " << &c - cases;
+  }
 }
 
 TEST_F(SearchTest, QuietMoveThatCutsOffBecomesKiller) {
