@@ -65,6 +65,7 @@ TEST(Text, NumbersSaturate) {
   EXPECT_EQ(parseInt("  -7"), -7);
   EXPECT_EQ(parseInt("+3"), 3);
   EXPECT_EQ(parseInt("abc"), 0);
+  EXPECT_EQ(parseInt("+-3"), 0);
   EXPECT_EQ(parseInt("99999999999999999999999"), INT_MAX);
   EXPECT_EQ(parseInt("-2147483649"), INT_MIN);
   EXPECT_EQ(parseInt64("-99999999999999999999999"), INT64_MIN);

@@ -32,6 +32,14 @@ void expectSettled(ThreadPool& pool) {
   }
 }
 
+TEST(ThreadPool, WithoutThreadsNothingIsWaitedFor) {
+  SearchKit kit;
+  kit.setPosition(test::KiwipeteFen);
+  kit.think(2);
+  EXPECT_FALSE(kit.pool.isSearching());
+  kit.pool.stopAll();
+}
+
 TEST(ThreadPool, CountIsClampedAndMayChangeAnyTime) {
   SearchKit kit;
   const struct {

@@ -114,6 +114,10 @@ TEST_F(GoCommand, WithoutAnyLimitTheOldBudgetsServe) {
   EXPECT_THAT(answers(), SizeIs(2));
   EXPECT_EQ(errors(), "go(): no time/depth/node limit\n");
   EXPECT_THAT(logged(), HasSubstr("Nominal search time is 0.05 seconds, infinite=0, nodes=0\n"));
+  startSearch("nodes 20000 movestogo 10 depth \r 12");
+  EXPECT_THAT(logged(), HasSubstr("Nominal search time is 0.05 seconds, infinite=0, nodes=3472\n"));
+  EXPECT_EQ(timeControl.depthLimit(), 0) << "a carriage return is a word, and no number";
+  send("stop");
 }
 
 TEST_F(GoCommand, TheLargestNumbersAreHarmless) {
