@@ -57,13 +57,6 @@ TEST_F(QuiescenceTest, BoxedInKingAndBlockedPawnsAreStalemate) {
   EXPECT_NE(openScore("k7/8/1Q6/8/8/p6n/P7/7K b - -"), 0) << "a piece is left";
 }
 
-TEST_F(QuiescenceTest, HangingPieceIsTaken) {
-  set("6k1/5ppp/8/3r4/4P3/8/5PPP/6K1 w - -");
-  const int value = eval();
-  EXPECT_GT(kit.quietScoreAt(1, 0), value + 300);
-  EXPECT_EQ(kit.worker().pv[1][0], moveOf(kit.board(), "e4d5"));
-}
-
 TEST_F(QuiescenceTest, WhatIsSearchedDependsOnWhatIsMissing) {
   const struct {
     const char* name;
@@ -97,17 +90,6 @@ TEST_F(QuiescenceTest, WhatIsSearchedDependsOnWhatIsMissing) {
   EXPECT_EQ(resultAt(Knight, 1200), (Result{1150, 1})) << "nothing is tried";
   EXPECT_EQ(resultAt(Knight, 1199), (Result{1149, 1})) << "queens only; there is none";
   EXPECT_EQ(resultAt("6k1/5ppp/8/8/8/7P/8/r5K1 w - -", 51), (Result{50, 1}));
-}
-
-TEST_F(QuiescenceTest, QuietHashMoveIsSearchedToo) {
-  constexpr char Fen[] = "6k1/5pp1/7p/8/8/8/3R1PPP/6K1 w - -";
-  EXPECT_EQ(resultAt(Fen, 0).nodes, 1u);
-  set(Fen);
-  const int value = eval();
-  kit.tt.storeScore(kit.worker(), LowerBound, -2, 1, value - 50, moveOf(kit.board(), "d2d1"),
-                    value);
-  kit.quietScoreAt(1, 0, value, value + 1, Cut);
-  EXPECT_GT(qnodes(), 1u);
 }
 
 TEST_F(QuiescenceTest, MateInOneIsLookedForOnlyInsideQuiescenceOrAfterACapture) {

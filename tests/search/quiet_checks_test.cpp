@@ -65,23 +65,13 @@ TEST(QuietChecks, AreThoseThatMakingEveryMoveFinds) {
     Board& board = positions.next();
     if (board.isInCheck()) continue;
     const Bitboard spared = (Bitboard{positions.bits()} << 32) | positions.bits();
-    const Bitboard squares = ~board.occupied | (board.enemy().bb[0] & spared);
+    const Bitboard squares = ~board.own().bb[0] & spared;
     std::vector<Move> found = quietChecksOf(board, squares);
     std::sort(found.begin(), found.end());
     ASSERT_EQ(found, slowQuietChecks(board, squares)) << test::describe(board);
     checks += found.size();
   }
   EXPECT_GT(checks, test::PropertyPositions / 10u) << "the positions hardly test anything";
-}
-
-TEST(QuietChecks, PushesToTheSeventhComeWhateverTheSquares) {
-  Board board = boardOf("8/8/P6k/8/8/8/8/K7 w - -");
-  EXPECT_EQ(quietChecksOf(board, 0), std::vector<Move>{moveOf(board, "a6a7")});
-  // The push uncovers a check as well: once, and ahead of the direct check.
-  board = boardOf("8/8/R1P4k/8/8/8/3R4/K7 w - -");
-  const std::vector<Move> moves = quietChecksOf(board, ~board.occupied);
-  EXPECT_EQ(moves.front(), moveOf(board, "c6c7"));
-  EXPECT_EQ(std::count(moves.begin(), moves.end(), moves.front()), 1);
 }
 
 TEST(QuietChecks, NothingTakesAKingOrStepsOntoTheLastRank) {

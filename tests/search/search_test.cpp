@@ -116,15 +116,6 @@ TEST_F(SearchTest, AMinorPieceOnEachSideIsNotEnough) {
   }
 }
 
-TEST_F(SearchTest, OnlyReplyIsMarkedToBeExtended) {
-  kit.setPosition("7k/8/8/8/8/8/PPP3q1/7K w - -");
-  kit.scoreAt(1, 2);
-  EXPECT_EQ(kit.worker().pv[1][0], moveOf(kit.board(), "h1g2") | MarkFlag);
-  TtEntry entry;
-  ASSERT_TRUE(kit.tt.probe(kit.worker(), entry));
-  EXPECT_NE(entry.move & MarkFlag, 0u) << "the table hands the extension on";
-}
-
 TEST_F(SearchTest, DeepestNodesAndThoseThatCannotMateSoonerAreNotSearched) {
   kit.setPosition(test::KiwipeteFen);
   const int eval = evaluate(kit.worker().evaluator);
@@ -169,18 +160,6 @@ TEST_F(SearchTest, TableCutsOffOnlyZeroWindowNodesOfItsDepth) {
     EXPECT_EQ(score == c.score && kit.worker().stats.searched() == 1, c.isCut)
         << "case " << &c - cases;
   }
-}
-
-TEST_F(SearchTest, QuietMoveThatCutsOffBecomesKiller) {
-  kit.setPosition(test::QuietFen);
-  const Move quiet = moveOf(kit.board(), "c4a2");
-  kit.tt.storeScore(kit.worker(), LowerBound, 9, 5, 300, quiet | MarkFlag, 0);
-  kit.scoreAt(5, 4, 100, 101, ZeroWindow);
-  EXPECT_EQ(kit.worker().killers[5][0], quiet);
-  const Move capture = moveOf(kit.board(), "c4f7");
-  kit.tt.storeScore(kit.worker(), LowerBound, 9, 5, 400, capture, 0);
-  kit.scoreAt(5, 4, 100, 101, ZeroWindow);
-  EXPECT_EQ(kit.worker().killers[5][0], quiet) << "a capture needs no killer";
 }
 
 TEST_F(SearchTest, StoppedWorkerUnwindsAtOnce) {

@@ -179,23 +179,6 @@ TEST_F(TtTest, ShallowestEntryOfTheBucketGivesWay) {
   }
 }
 
-TEST_F(TtTest, BucketIsVisitedFromTheHomeEntryOn) {
-  // The first of them has its home in the first entry of the bucket, the others in the third.
-  be(0, 1);
-  store(ExactBound, 5, 0);
-  for (std::uint32_t id = 2; id <= 4; ++id) {
-    be(2, id);
-    store(ExactBound, 5, 0);
-  }
-  // All are worth the same: the newcomer takes its home entry, where the second one lies.
-  be(2, 5);
-  store(ExactBound, 5, 0);
-  for (std::uint32_t id = 1; id <= 4; ++id) {
-    be(id == 1 ? 0 : 2, id);
-    EXPECT_EQ(isKnown(), id != 2) << id;
-  }
-}
-
 TEST_F(TtTest, StoresAreCountedByWhatTheyMeet) {
   const SearchStats& stats = worker().stats;
   fill(0, {5, 5, 5, 5, 5});

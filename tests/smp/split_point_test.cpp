@@ -119,22 +119,5 @@ TEST(SplitPointSlow, MatesOfRandomGamesAreFoundByTwoAndFourThreads) {
   EXPECT_EQ(positions, effort(200, 25));
 }
 
-TEST(SplitPointSlow, ThreadsAgreeWithOneOnQuietPositions) {
-  SearchKit one(1);
-  SearchKit many(4);
-  for (const char* fen : test::VariedFens) {
-    one.setPosition(fen);
-    many.setPosition(fen);
-    const int depth = effort(7, 5);
-    const int expected = one.think(depth);
-    const int score = many.think(depth);
-    // Searches with a shared table are not equal; but none may be far off.
-    const bool isDecisive = std::abs(expected) > 1000;
-    EXPECT_TRUE(isDecisive ? score * expected > 0 && std::abs(score) > 500
-                           : std::abs(score - expected) < 300)
-        << fen << ": " << expected << " by one thread, " << score << " by four";
-  }
-}
-
 }  // namespace
 }  // namespace quill
