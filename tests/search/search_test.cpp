@@ -162,14 +162,6 @@ TEST_F(SearchTest, TableCutsOffOnlyZeroWindowNodesOfItsDepth) {
   }
 }
 
-TEST_F(SearchTest, StoppedWorkerUnwindsAtOnce) {
-  kit.setPosition(test::KiwipeteFen);
-  kit.worker().stop = true;
-  EXPECT_EQ(kit.scoreAt(1, 5), 0);
-  EXPECT_EQ(kit.quietScoreAt(1, 2), 0);
-  EXPECT_EQ(kit.worker().stats.searched(), 0u);
-}
-
 // Wherever a search is stopped, the board is as it was, nothing is stored on the way up and the
 // whole search is told to end.
 TEST_F(SearchTest, LimitStopsAnywhereAndLeavesTheBoardAsItWas) {
@@ -191,19 +183,6 @@ TEST_F(SearchTest, LimitStopsAnywhereAndLeavesTheBoardAsItWas) {
       EXPECT_FALSE(kit.tt.probe(kit.worker(), entry) && entry.depth == 30) << fen;
     }
   }
-}
-
-TEST_F(SearchTest, ClockStopsTheSearch) {
-  kit.setPosition(test::KiwipeteFen);
-  kit.timeControl.setMoveTime(100);
-  kit.timeControl.start();
-  test::crankedTicks += 100;
-  EXPECT_NE(kit.scoreAt(1, 3), 0) << "the limit is reached, not passed";
-  kit.worker().stats.reset();
-  test::crankedTicks += 1;
-  EXPECT_EQ(kit.scoreAt(1, 30), 0);
-  EXPECT_LE(kit.worker().stats.nodes, 256u);
-  EXPECT_LE(kit.worker().stats.qnodes, 4096u);
 }
 
 TEST_F(SearchTest, RandomPositionsKeepTheBoardAndTheScale) {

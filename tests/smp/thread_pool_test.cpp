@@ -76,19 +76,6 @@ TEST(ThreadPool, CountsBeginAtZeroWithTheSearch) {
   }
 }
 
-TEST(ThreadPool, NothingOfTheLastSearchIsLeftInTheNext) {
-  SearchKit kit(3);
-  kit.setPosition(test::KiwipeteFen);
-  kit.limits.nodes = 3000;
-  kit.think(0);
-  EXPECT_TRUE(kit.state().rootStop);
-  kit.limits.nodes = 0;
-  kit.think(4);
-  EXPECT_FALSE(kit.state().rootStop);
-  EXPECT_EQ(kit.state().stopReason, StopDepth);
-  EXPECT_EQ(kit.state().iterationDepth, 4);
-}
-
 TEST(ThreadPool, TimeLimitEndsTheSearchOnEveryThread) {
   for (const int threads : {1, 2, 4}) {
     SearchKit kit(threads, nullptr);
