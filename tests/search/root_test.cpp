@@ -150,6 +150,9 @@ TEST_F(RootTest, NodeLimitAnswersWithALegalMove) {
     EXPECT_TRUE(isLegalMove(kit.board(), listener.events.back().move)) << limit;
     EXPECT_LT(kit.state().searchedNodes(), limit + 2 * 4096) << limit;
   }
+  kit.limits.nodes = 0;
+  think(test::KiwipeteFen, 3);
+  EXPECT_EQ(kit.state().stopReason, StopDepth) << "nothing of the last limit is left";
 }
 
 TEST_F(RootTest, LinesReportedAreLegalAndBeginWithTheirMove) {
