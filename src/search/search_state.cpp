@@ -46,10 +46,11 @@ std::uint64_t SearchState::searchedNodes() const {
 std::uint64_t SearchState::ttFilled() const {
   std::uint64_t sum = 0;
   for (const auto& worker : workers) {
-    const SearchStats& stats = worker->stats;
-    // Read in this order, since the counters of a running search go on: new ones are counted first.
-    const std::uint64_t overwrites = stats.ttOverwrites;
-    sum += stats.ttNew - overwrites;
+    // The counters of a running search go on, and may be seen in another order than they were
+    // written: an overwrite whose new entry is not counted yet counts as nothing.
+    const std::uint64_t overwrites = worker->stats.ttOverwrites;
+    const std::uint64_t entries = worker->stats.ttNew;
+    sum += entries - std::min(entries, overwrites);
   }
   return sum;
 }
