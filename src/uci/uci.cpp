@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "board/notation.h"
+#include "platform/standard_error.h"
 #include "shell/log.h"
 #include "smp/thread_pool.h"
 #include "uci/names.h"
@@ -17,6 +18,7 @@ void redirectErrors(const char* path) {
   std::FILE* probe = std::fopen(path, "a");
   if (probe == nullptr) return;
   std::fclose(probe);
+  platform::keepStandardErrorOpen();
   if (std::freopen(path, "a", stderr) != nullptr) std::setvbuf(stderr, nullptr, _IONBF, 0);
 }
 

@@ -1,6 +1,8 @@
 """A GUI at the other end: whole games and odd sequences of commands."""
 
 import re
+import select
+import subprocess
 import unittest
 
 from session import QUILL, TIMEOUT, SessionTest
@@ -28,6 +30,18 @@ class Protocol(SessionTest):
         result = self.run_session("uci\nsetoption name Ponder value true\nsetoption name MultiPV "
                                   "value 1\nposition startpos\nposition startpos\n\n  \nquit\n")
         self.assertTrue(result.out.endswith("uciok\n"))
+
+    def test_a_parent_that_watches_standard_error_sees_its_end_with_the_program(self):
+        with subprocess.Popen([QUILL], cwd=self.folder, text=True, stdin=subprocess.PIPE,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            process.stdin.write("uci\nuci\n")
+            process.stdin.flush()
+            for _ in range(2):
+                while process.stdout.readline() != "uciok\n":
+                    pass
+            self.assertEqual(select.select([process.stderr], [], [], 0.2)[0], [])
+            process.communicate("quit\n", TIMEOUT)
+            self.assertEqual(process.returncode, 0)
 
     def test_warnings_go_to_the_error_log_for_ever(self):
         for count in (1, 2):
