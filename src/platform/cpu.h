@@ -9,7 +9,8 @@ namespace quill::platform {
 bool hasSse2();
 bool hasPopcnt();
 
-// Processors that the operating system offers, at least 1.
+// Processors that the program may use, at least 1: those of the machine, on Linux without those that
+// its affinity or its container's quota withholds.
 int processorCount();
 
 // The processor's time-stamp counter, in its own ticks; 0 where there is none.

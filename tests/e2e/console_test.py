@@ -16,13 +16,15 @@ class StartUp(SessionTest):
     def start_text(self, *args):
         return self.run_session("", *args).out
 
-    def test_says_what_it_brought_up(self):
-        threads = min(os.cpu_count(), 16)
+    def test_says_what_it_brought_up_on_the_processors_that_it_may_use(self):
+        processors = os.sched_getaffinity(0)
+        self.addCleanup(os.sched_setaffinity, 0, processors)
+        os.sched_setaffinity(0, {min(processors)})
         self.assertEqual(
             self.start_text(),
             BANNER + "\nWarning: book not found: quill.bbk\n"
             "allocating hash...allocated 32Mb\n"
-            f"starting threads...started {threads} threads\n"
+            "starting threads...started 1 threads\n"
             "\ninitialized\n% ")
 
     def test_default_settings_file_is_read(self):
