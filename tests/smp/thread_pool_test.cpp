@@ -127,8 +127,8 @@ TEST_P(ThreadPoolSlow, SearchesFollowEachOtherAtOnce) {
     kit.limits.nodes = i % 3 == 0 ? static_cast<unsigned>(100 + i * 10) : 0;
     kit.limits.depth = i % 5 == 0 ? 3 : 0;
     kit.start();
-    // Another one waits for this one's end by itself.
-    if (i % 2 == 0) kit.start();
+    // Another one, within the same limits, waits for this one's end by itself.
+    if (i % 2 == 0) kit.pool.startSearch(nullptr, true);
     kit.pool.waitIdle();
     const Move best = kit.rootMoves().bestMove();
     ASSERT_TRUE(best == NoMove ? kit.rootMoves().count == 0 : isLegalMove(kit.board(), best)) << i;

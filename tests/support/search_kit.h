@@ -72,7 +72,7 @@ class SearchKit {
     return qsearch(worker(), ply, checkDepth, alpha, beta, flags);
   }
 
-  // Starts a search within the limits on the pool's threads.
+  // Starts a search within the limits on the pool's threads. Requires: no search runs.
   void start() {
     timeControl.configure(limits, board().stm);
     pool.startSearch(listener, quiet);
