@@ -209,8 +209,7 @@ bool iterate(SearchState& state, int depth, std::uint64_t previousNodes) {
   timeControl.iterationDone(state.rootMoves.bestMove(), score);
   const StopReason reason = stopReasonOf(state, depth, score);
   // Both are sequentially consistent: the reason is stored first, then infinite is read.
-  // Uci::ponderhit clears infinite and then reads the reason, so one of the two sees the other's
-  // change.
+  // Uci::ponderhit clears infinite and then reads the reason: one of them sees the other's change.
   state.stopReason.store(reason);
   const bool goesOn = reason == StopNone || timeControl.infinite();
   const float ratio =

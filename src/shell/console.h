@@ -1,8 +1,8 @@
 // The loop over the input: reads lines and offers each one to a fixed chain of handlers.
 //
 // The chain: the protocol's dispatcher, the named commands, typed moves and positions. A line that
-// none of them takes is answered with "unknown command". A prompt is shown until the protocol takes
-// over.
+// none of them takes is answered with "unknown command". A prompt is shown as long as the protocol
+// has not taken over.
 //
 // Threads: the input thread only.
 #pragma once
