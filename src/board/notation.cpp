@@ -230,10 +230,13 @@ Move parseMove(Board& board, const char* text, std::FILE* messages) {
   return match;
 }
 
-char* uciMoveText(char* out, Move move) {
+char* uciMoveText(char* out, Move move, PromotionCase promotionCase) {
   if (move == NoMove) return writeText(out, "0000");
   out = writeSquare(writeSquare(out, fromSquare(move)), toSquare(move));
-  if (isPromotion(move)) *out++ = PromotionLetters[promotionOf(move)];
+  if (isPromotion(move)) {
+    const char letter = PromotionLetters[promotionOf(move)];
+    *out++ = promotionCase == PromotionCase::Lower ? static_cast<char>(letter - 'A' + 'a') : letter;
+  }
   *out = '\0';
   return out;
 }

@@ -26,8 +26,11 @@ void moveToSan(Board& board, char* out, Move move);
 // character that no move contains, with one line to messages (nullptr: nowhere).
 Move parseMove(Board& board, const char* text, std::FILE* messages = stderr);
 
-// The move as the protocol writes it: e2e4, e7e8Q (upper case), "0000" for no move. Returns the
-// position of the terminator; at most 6 bytes are written.
-char* uciMoveText(char* out, Move move);
+// The case of the letter that names a promotion piece.
+enum class PromotionCase : bool { Upper, Lower };
+
+// The move as the protocol writes it: e2e4, e7e8Q, "0000" for no move. Returns the position of the
+// terminator; at most 6 bytes are written.
+char* uciMoveText(char* out, Move move, PromotionCase promotionCase = PromotionCase::Upper);
 
 }  // namespace quill

@@ -22,6 +22,12 @@ int duplicate() {
 
 }  // namespace
 
+#ifdef _WIN32
+const char* const NullDevice = "NUL";
+#else
+const char* const NullDevice = "/dev/null";
+#endif
+
 void keepStandardErrorOpen() { [[maybe_unused]] static const int kept = duplicate(); }
 
 }  // namespace quill::platform

@@ -9,4 +9,7 @@ namespace quill::platform {
 // Threads: the input thread.
 void keepStandardErrorOpen();
 
+// The name of the file that takes all and keeps nothing.
+extern const char* const NullDevice;
+
 }  // namespace quill::platform

@@ -186,7 +186,9 @@ void writeBackLine(SearchState& state) {
 StopReason stopReasonOf(const SearchState& state, int depth, int score) {
   const TimeControl& timeControl = state.timeControl;
   if (MateScore - std::abs(score) <= depth + 1) return StopMate;
-  if (depth > 1 && state.rootMoves.count == 1) return StopSingleMove;
+  if (score >= MateScore + 1 - 2 * state.request.mateIn) return StopMate;
+  if (depth > 1 && state.rootMoves.count == 1 && state.request.moveCount == 0)
+    return StopSingleMove;
   if (timeControl.elapsed() > timeControl.phaseTime(NewIterationPhase)) return StopTime;
   const std::uint64_t nodes = timeControl.phaseNodes(NewIterationPhase);
   if (nodes != 0 && nodes < state.master().stats.searched()) return StopNodes;
@@ -224,7 +226,10 @@ bool iterate(SearchState& state, int depth, std::uint64_t previousNodes) {
 bool checkRootLimits(SearchState& state) { return state.checkLimits(state.master()); }
 
 void think(SearchState& state) {
-  const int count = initRootMoves(state.rootMoves, state.master());
+  const RootRequest& request = state.request;
+  const int count =
+      initRootMoves(state.rootMoves, state.master(),
+                    std::span(request.moves).first(static_cast<std::size_t>(request.moveCount)));
   std::uint64_t previousNodes = 1;
   for (int depth = 1; count > 0 && depth <= DeepestIteration; ++depth) {
     if (!iterate(state, depth, previousNodes)) break;

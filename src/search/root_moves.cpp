@@ -26,10 +26,16 @@ int lineCount(const RootMoveList& list, int multiPv) {
   return std::max(1, std::min(multiPv, static_cast<int>(list.count)));
 }
 
-int initRootMoves(RootMoveList& list, Worker& worker) {
+int initRootMoves(RootMoveList& list, Worker& worker, std::span<const Move> only) {
   Board& board = worker.board;
   Move moves[MaxMoves];
-  const int count = static_cast<int>(generateLegal(board, moves) - moves);
+  Move* end = generateLegal(board, moves);
+  if (!only.empty()) {
+    end = std::remove_if(moves, end, [only](Move move) {
+      return std::find(only.begin(), only.end(), move) == only.end();
+    });
+  }
+  const int count = static_cast<int>(end - moves);
   list.clear();
   list.count = static_cast<std::uint32_t>(count);
   if (count == 0) {

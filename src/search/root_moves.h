@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <span>
 
 #include "board/move.h"
 #include "search/params.h"
@@ -43,9 +44,10 @@ struct RootMoveList {
 // Lines that a search follows: max(1, min(multiPv, count)).
 int lineCount(const RootMoveList& list, int multiPv);
 
-// Fills the list with the legal moves of the worker's board, ordered by static exchange. Returns
-// their number; with none, record 0's score is -MateScore in check and 0 otherwise.
-int initRootMoves(RootMoveList& list, Worker& worker);
+// Fills the list with the legal moves of the worker's board, or with those of the given ones if
+// there are any, ordered by static exchange. Returns their number; with none, record 0's score is
+// -MateScore in check and 0 otherwise.
+int initRootMoves(RootMoveList& list, Worker& worker, std::span<const Move> only = {});
 
 // Moves the record at slot to its place among the first min(multiPv, count); returns its new slot.
 int placeRootMove(RootMoveList& list, int multiPv, int slot);

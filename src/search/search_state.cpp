@@ -11,9 +11,10 @@ SearchState::SearchState(Tt& ttRef, TimeControl& timeControlRef)
   rootMoves.clear();
 }
 
-void SearchState::reset(SearchListener* newListener, bool isQuiet) {
+void SearchState::reset(SearchListener* newListener, bool isQuiet, const RootRequest& newRequest) {
   listener = newListener;
   quiet = isQuiet;
+  request = newRequest;
   activeMultiPv = std::max(1, multiPv);
   activeMultiPvMargin = multiPvMargin;
   rootMoves.clear();

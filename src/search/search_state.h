@@ -7,6 +7,7 @@
 // tell how they are shared.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -31,6 +32,13 @@ enum StopReason : int {
   StopDepth = 6,
 };
 
+// What a search is asked for beside the best move.
+struct RootRequest {
+  std::array<Move, MaxMoves> moves;  // legal ones, each once: no other is searched
+  int moveCount = 0;                 // 0 = all
+  int mateIn = 0;                    // moves; a mate in no more of them ends the search, 0 = none
+};
+
 // How far below the best line further lines are followed, in centipawns, unless an option says.
 inline constexpr int DefaultMultiPvMargin = 100;
 
@@ -39,7 +47,7 @@ struct SearchState {
 
   // Forgets the last search, in every worker too, and takes over the options for the next one. It
   // will report to the listener (none: to nobody) and, unless it is quiet, print console lines.
-  void reset(SearchListener* newListener, bool isQuiet);
+  void reset(SearchListener* newListener, bool isQuiet, const RootRequest& newRequest);
 
   // Worker 0, which runs the root search.
   Worker& master() { return *workers[0]; }
@@ -69,6 +77,7 @@ struct SearchState {
   int activeMultiPvMargin = DefaultMultiPvMargin;
   SearchListener* listener = nullptr;  // none for a console search
   bool quiet = false;                  // no console lines
+  RootRequest request;
 
   // How far the search has come.
   RootMoveList rootMoves;

@@ -108,6 +108,9 @@ bool InputLines::next(std::string& line, std::size_t limit) {
 }
 
 bool handleLine(Engine& engine, std::string line) {
+  if (engine.uci.profile().dropsCarriageReturn) {
+    line.erase(line.find_last_not_of(" \r") + 1);
+  }
   if (line.empty()) {
     if (!engine.uci.uciMode() && !refuseWhileSearching(engine, "board")) fenCommand(engine, "");
     return true;
@@ -126,7 +129,8 @@ bool handleLine(Engine& engine, std::string line) {
     return true;
   }
   if (runTypedLine(engine, word, rest)) return true;
-  std::printf("unknown command: '%s'\n", word);
+  std::printf("unknown command: '%s'%s\n", word,
+              engine.uci.profile().hintsAtHelp ? " (help lists the commands)" : "");
   return true;
 }
 

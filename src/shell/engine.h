@@ -20,7 +20,7 @@ struct Engine {
   explicit Engine(std::uint32_t bookSeed)
       : pool(tt, timeControl, evalTables),
         bookSelector(book, bookSeed),
-        uci(pool, evalTables, bookSelector, stdout, ErrorLogName) {}
+        uci(pool, evalTables, book, bookSelector, stdout) {}
 
   Settings settings;
   EvalTables evalTables;

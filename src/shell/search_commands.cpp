@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "board/notation.h"
 #include "platform/interrupt.h"
 #include "shell/bench.h"
 #include "shell/engine.h"
@@ -23,6 +24,14 @@ void waitForSearch(ThreadPool& pool, const platform::InterruptWatch& interrupt) 
     if (interrupt.hasCome()) pool.stopAll();
   }
   pool.waitIdle();
+}
+
+void tellMove(ThreadPool& pool) {
+  const Move move = pool.state.rootMoves.bestMove();
+  if (move == NoMove) return;
+  char text[MoveTextSize];
+  moveToSan(pool.board(), text, move);
+  std::printf("move: %s\n", text);
 }
 
 }  // namespace
@@ -47,6 +56,7 @@ void searchCommand(Engine& engine, const char* rest) {
   const platform::InterruptWatch interrupt;
   engine.pool.startSearch(nullptr, false);
   waitForSearch(engine.pool, interrupt);
+  if (uci.profile().tellsMove) tellMove(engine.pool);
 }
 
 void moveTimeCommand(Engine& engine, const char* rest) {

@@ -1,11 +1,14 @@
 #include "shell/startup.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <string>
 
 #include "board/attacks.h"
 #include "board/fen.h"
 #include "board/zobrist.h"
 #include "platform/cpu.h"
+#include "platform/paths.h"
 #include "shell/engine.h"
 #include "uci/names.h"
 
@@ -16,11 +19,42 @@ namespace {
 constexpr char DefaultSettingsFile[] = "quill.ini";
 constexpr char DefaultBookFile[] = "quill.bbk";
 
+// The named file, or the default one. A named one that is not in the current folder may lie beside
+// the program, with which GUIs start it from anywhere.
+void loadSettings(Engine& engine, const char* file) {
+  const std::string name = file == nullptr ? DefaultSettingsFile : file;
+  if (engine.settings.load(name.c_str())) {
+    std::printf("inifile=%s\n", name.c_str());
+  } else if (file != nullptr) {
+    const std::string beside = (platform::programFolder() / name).string();
+    if (engine.settings.load(beside.c_str())) std::printf("inifile=%s\n", beside.c_str());
+  }
+}
+
+// How to speak the protocol, and what the settings change of it.
+void applyProfile(Engine& engine) {
+  const Settings& settings = engine.settings;
+  const char* name = settings.getString("uci.profile", "classic");
+  const Profile* profile = findProfile(name);
+  if (profile == nullptr) {
+    std::printf("Warning: unknown uci.profile: %s\n", name);
+    profile = &ClassicProfile;
+  }
+  engine.uci.setProfile(*profile);
+  engine.uci.setErrorLog(settings.getString("uci.errorlog", profile->errorLog));
+  if (!profile->offersMoreOptions) return;
+  if (const char* text = settings.getString("time.overhead", nullptr)) {
+    engine.uci.options().setOverhead(static_cast<std::uint32_t>(std::max(parseInt(text), 0)));
+  }
+}
+
 void openBook(Engine& engine) {
   const char* name = engine.settings.getString("book.file", DefaultBookFile);
   if (*name == '\0') return;
-  if (engine.book.open(name)) {
-    std::printf("book=%s, %u moves\n", name, static_cast<unsigned>(engine.book.recordCount()));
+  Options& options = engine.uci.options();
+  if (options.openBookFile(name)) {
+    std::printf("book=%s, %u moves\n", options.bookName().c_str(),
+                static_cast<unsigned>(engine.book.recordCount()));
     engine.bookSelector.applySettings(engine.settings);
   } else {
     std::printf("Warning: book not found: %s\n", name);
@@ -57,9 +91,9 @@ std::unique_ptr<Engine> createEngine() {
 }
 
 void startEngine(Engine& engine, const char* settingsFile) {
-  const char* name = settingsFile == nullptr ? DefaultSettingsFile : settingsFile;
-  if (engine.settings.load(name)) std::printf("inifile=%s\n", name);
+  loadSettings(engine, settingsFile);
   std::printf("\n");
+  applyProfile(engine);
 
   setFen(engine.pool.board(), StartPosition);
   openBook(engine);

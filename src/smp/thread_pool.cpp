@@ -127,11 +127,11 @@ void ThreadPool::setThreadCount(int n) {
   shareWorkers();
 }
 
-void ThreadPool::startSearch(SearchListener* listener, bool quiet) {
+void ThreadPool::startSearch(SearchListener* listener, bool quiet, const RootRequest& request) {
   waitIdle();
   if (threadCount_ == 0) return;  // there is nobody who could search
   stopRequested.store(false, std::memory_order_relaxed);
-  state.reset(listener, quiet);
+  state.reset(listener, quiet, request);
   state.timeControl.start();
   state.tt.newSearch();
   for (const auto& slave : state.workers.subspan(1)) slave->board.copyFrom(board());

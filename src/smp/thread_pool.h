@@ -27,10 +27,11 @@ struct ThreadPool {
   int threadCount() const { return threadCount_; }
 
   // Starts a search of the master's board with the time control as configured; it reports to the
-  // listener (none: to nobody) and, unless quiet, prints console lines. Waits for an earlier search
+  // listener (none: to nobody) and, unless quiet, prints console lines. By default it looks for the
+  // best of all moves. Waits for an earlier search
   // to end, starts this one and returns; a stop request made right after it is never lost. Does
   // nothing in a pool without threads.
-  void startSearch(SearchListener* listener, bool quiet);
+  void startSearch(SearchListener* listener, bool quiet, const RootRequest& request = {});
   // Asks all threads to stop and waits until they are idle.
   void stopAll();
   // Blocks until every running thread is idle.

@@ -9,25 +9,8 @@ namespace quill {
 
 namespace {
 
-// What a phase may spend, in units of a move's share of the clock.
-constexpr std::array<double, PhaseCount> PhaseFactor = {
-    0.1,   // 0  computed, never entered
-    0.65,  // 1  new iteration
-    1.0,   // 2  computed, never entered
-    2.0,   // 3  normal
-    3.0,   // 4  verify
-    4.0,   // 5  crisis
-    0.0,   // 6  computed, never entered
-};
-static_assert(PhaseFactor[NewIterationPhase] < PhaseFactor[NormalPhase]);
-
-// A thought that was begun on the opponent's clock is worth spending more on.
-constexpr double PonderFactor = 1.4;
-
 constexpr std::uint32_t DefaultMoveTime = 5000;  // ms
-constexpr int MaxMovesToGo = 33;                 // also assumed when the GUI names none
 constexpr int MinDropDepth = 2;                  // scores of shallower iterations are no reference
-constexpr std::int64_t MinTime = 100;            // ms
 constexpr std::int64_t MinNodes = 256;           // one poll of the search
 constexpr std::int64_t MaxTime = std::numeric_limits<std::int32_t>::max();
 
@@ -35,10 +18,6 @@ constexpr std::int64_t MaxTime = std::numeric_limits<std::int32_t>::max();
 std::int64_t scaled(double factor, std::int64_t unit, std::int64_t max) {
   const double product = factor * static_cast<double>(unit);
   return product >= static_cast<double>(max) ? max : static_cast<std::int64_t>(product);
-}
-
-int horizon(int movesToGo) {
-  return movesToGo >= 1 && movesToGo <= MaxMovesToGo ? movesToGo : MaxMovesToGo;
 }
 
 }  // namespace
@@ -55,10 +34,12 @@ void TimeControl::configure(const SearchLimits& limits, Colour stm) {
   setNodeLimit(limits.nodes);
   depthLimit_ = limits.depth;
   const int clock = limits.clock[static_cast<unsigned>(stm)];
-  if (limits.moveTime >= 0) {
-    setMoveTime(static_cast<std::uint32_t>(limits.moveTime));
+  if (limits.untimed) {
+    setMoveTime(NoLimit);
+  } else if (limits.moveTime >= 0) {
+    setMoveTime(static_cast<std::uint32_t>(leftBeside(limits.overhead, limits.moveTime)));
   } else if (clock >= 0) {
-    allocateTime(std::int64_t{clock} - limits.reserve,
+    allocateTime(leftBeside(limits.overhead, clock) - limits.reserve,
                  std::max(limits.increment[static_cast<unsigned>(stm)], 0), limits.movesToGo);
   } else if (limits.movesToGo >= 0 && limits.nodes != 0) {
     allocateNodes(limits.nodes, limits.movesToGo);
@@ -96,20 +77,36 @@ void TimeControl::setNodeLimit(std::uint64_t nodes) {
 
 void TimeControl::setCanPonder(bool canPonder) { canPonder_ = canPonder; }
 
+std::int64_t TimeControl::leftBeside(std::uint32_t overhead, int ms) {
+  if (overhead == 0) return ms;
+  const std::int64_t left = std::max<std::int64_t>(std::int64_t{ms} - overhead, 0);
+  // The clock ticks too coarsely to end a search after less than a millisecond.
+  if (left == 0) depthLimit_ = 1;
+  return left;
+}
+
+int TimeControl::horizon(int movesToGo, int unknown) const {
+  if (movesToGo < 1) return unknown;
+  return std::min(movesToGo, profile_->maxMovesToGo);
+}
+
 // Every move to go gets half an even share for certain; what is then left over is the most that one
 // phase may take, and is spread thinly over all moves as well.
 void TimeControl::allocateTime(std::int64_t available, std::int64_t increment, int movesToGo) {
-  const std::int64_t mtg = horizon(movesToGo);
-  const std::int64_t avail = std::max(available, MinTime);
+  const std::int64_t minTime = profile_->minTime;
+  const std::int64_t mtg =
+      horizon(movesToGo, increment == 0 ? profile_->suddenDeath : profile_->withIncrement);
+  const std::int64_t avail =
+      std::max(available - scaled(profile_->reserveShare, available, MaxTime), minTime);
   const std::int64_t half = (avail / (mtg + 2)) >> 1;
-  const std::int64_t base = std::max(half, MinTime);
+  const std::int64_t base = std::max(half, minTime);
   const std::int64_t maxT = std::min(std::max(avail - (mtg + 1) * base, base), MaxTime);
   std::int64_t unit = base + (maxT - base) / (mtg + 2);
-  if (canPonder_) unit = scaled(PonderFactor, unit, MaxTime);
+  if (canPonder_) unit = scaled(profile_->ponderFactor, unit, MaxTime);
   unit += increment;
 
   for (unsigned i = 0; i < PhaseCount; ++i) {
-    phaseTime_[i].store(static_cast<std::uint32_t>(scaled(PhaseFactor[i], unit, maxT)),
+    phaseTime_[i].store(static_cast<std::uint32_t>(scaled(profile_->phaseFactor[i], unit, maxT)),
                         std::memory_order_relaxed);
   }
 }
@@ -117,14 +114,14 @@ void TimeControl::allocateTime(std::int64_t available, std::int64_t increment, i
 void TimeControl::allocateNodes(std::uint64_t nodes, int movesToGo) {
   constexpr std::int64_t MaxInt64 = std::numeric_limits<std::int64_t>::max();
   const auto n = static_cast<std::int64_t>(std::min<std::uint64_t>(nodes, MaxInt64));
-  const std::int64_t mtg = horizon(movesToGo);
+  const std::int64_t mtg = horizon(movesToGo, profile_->maxMovesToGo);
   const std::int64_t half = (n / (mtg + 2)) >> 1;
   const std::int64_t maxN = std::max(n - (mtg + 1) * half, MinNodes);
   std::int64_t unit = maxN / (mtg + 2) + half;
-  if (canPonder_) unit = scaled(PonderFactor, unit, MaxInt64);
+  if (canPonder_) unit = scaled(profile_->ponderFactor, unit, MaxInt64);
 
   for (unsigned i = 0; i < PhaseCount; ++i) {
-    const std::int64_t budget = std::max(scaled(PhaseFactor[i], unit, maxN), MinNodes);
+    const std::int64_t budget = std::max(scaled(profile_->phaseFactor[i], unit, maxN), MinNodes);
     phaseNodes_[i].store(static_cast<std::uint64_t>(budget), std::memory_order_relaxed);
   }
 }

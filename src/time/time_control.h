@@ -16,6 +16,7 @@
 
 #include "board/codes.h"
 #include "board/move.h"
+#include "time/time_profile.h"
 
 namespace quill {
 
@@ -24,23 +25,16 @@ struct SearchLimits {
   std::array<int, 2> clock = {-1, -1};    // time left, -1 when not given
   std::array<int, 2> increment = {0, 0};  // for each move
   std::uint32_t reserve = 0;              // ms of the clock that are never used
+  std::uint32_t overhead = 0;             // ms that pass outside the engine, off clock and moveTime
   int movesToGo = -1;                     // to the next time control, -1 when not given
   int moveTime = -1;                      // for this move, -1 when not given
   int depth = 0;                          // last iteration, 0 = none
   std::uint64_t nodes = 0;                // 0 = none
   bool infinite = false;
-  bool ponder = false;  // no limit of time until ponderhit
+  bool ponder = false;   // no limit of time until ponderhit
+  bool untimed = false;  // no limit of time, but the others end the search
 
   bool hasNoTimeLimit() const { return infinite || ponder; }
-};
-
-// The phases of a search, by their budgets.
-enum TimePhase : int {
-  NewIterationPhase = 1,  // never entered; once it is spent no new iteration begins
-  NormalPhase = 3,        // entered at every start
-  VerifyPhase = 4,        // a later root move is verified as the new best
-  CrisisPhase = 5,        // the first root move failed low, or the score dropped
-  PhaseCount = 7,
 };
 
 class TimeControl {
@@ -51,8 +45,11 @@ class TimeControl {
   // The tick source counts milliseconds modulo 2^32; none means the platform's.
   explicit TimeControl(TickSource ticks = nullptr);
 
+  // How clocks are shared out from the next configure on. The classic way at first.
+  void setProfile(const TimeProfile& profile) { profile_ = &profile; }
   // Takes the limits of the next search, for the side stm, computes the budgets of all phases from
-  // them and enters the normal phase. Without a clock or a move time the time budgets stay.
+  // them and enters the normal phase. Without a clock or a move time the time budgets stay. Where
+  // nothing is left beside the overhead the search ends with its first iteration.
   void configure(const SearchLimits& limits, Colour stm = White);
   // The same time for every phase, ms, until a search is configured otherwise.
   void setMoveTime(std::uint32_t ms);
@@ -96,11 +93,15 @@ class TimeControl {
 
  private:
   void setNodeLimit(std::uint64_t nodes);
+  // Milliseconds of the given ones that are left beside the overhead.
+  std::int64_t leftBeside(std::uint32_t overhead, int ms);
   void allocateTime(std::int64_t available, std::int64_t increment, int movesToGo);
   void allocateNodes(std::uint64_t nodes, int movesToGo);
+  int horizon(int movesToGo, int unknown) const;
   void enterPhase(TimePhase phase);
 
   TickSource ticks_;
+  const TimeProfile* profile_ = &ClassicTime;
   std::atomic<std::uint32_t> limit_{NoLimit};  // ms from startTick_
   std::atomic<std::uint32_t> startTick_{0};    // tick count at the search's start
   std::array<std::atomic<std::uint32_t>, PhaseCount> phaseTime_;   // ms

@@ -1,6 +1,7 @@
 #include "uci/info.h"
 
-#include "board/notation.h"
+#include <algorithm>
+
 #include "search/search_state.h"
 #include "search/tt.h"
 #include "shell/text.h"
@@ -13,14 +14,16 @@ constexpr std::uint32_t MinSpeedTime = 100;      // ms; below, nodes per second 
 constexpr std::uint32_t ThrottleInterval = 100;  // ms
 constexpr int YoungDepths = 8;                   // iterations for which a best move counts as news
 
-void appendMove(std::string& text, Move move) {
+void appendMove(std::string& text, Move move, PromotionCase promotions) {
   char buffer[MoveTextSize];
-  uciMoveText(buffer, move);
+  uciMoveText(buffer, move, promotions);
   text += buffer;
 }
 
-void appendScore(std::string& text, int score) {
-  if (score > ForcedMateScore) {
+void appendScore(std::string& text, int score, bool isFinal) {
+  if (isFinal && score == -MateScore) {
+    text += " score mate 0";
+  } else if (score > ForcedMateScore) {
     appendFormat(text, " score mate %i", (MateScore + 1 - score) / 2);
   } else if (score < -ForcedMateScore) {
     appendFormat(text, " score mate -%i", (score + MateScore) / 2);
@@ -36,23 +39,24 @@ SearchSnapshot SearchSnapshot::of(const SearchState& state, std::uint32_t elapse
           state.master().selDepth};
 }
 
-void appendStatsTail(std::string& text, const SearchSnapshot& snapshot) {
+void appendStatsTail(std::string& text, const SearchSnapshot& snapshot, bool isFinal) {
   appendFormat(text, " time %0.0f", static_cast<double>(snapshot.elapsed));
   appendFormat(text, " nodes %0.0f", static_cast<double>(snapshot.nodes));
-  if (snapshot.elapsed >= MinSpeedTime) {
-    appendFormat(text, " nps %u",
-                 static_cast<std::uint32_t>(snapshot.nodes * 1000 / snapshot.elapsed));
+  if (isFinal || snapshot.elapsed >= MinSpeedTime) {
+    const std::uint32_t time = std::max(snapshot.elapsed, 1u);
+    appendFormat(text, " nps %u", static_cast<std::uint32_t>(snapshot.nodes * 1000 / time));
   }
   appendFormat(text, " hashfull %u",
                static_cast<std::uint32_t>(static_cast<double>(snapshot.ttFilled) /
                                           static_cast<double>(snapshot.ttEntries) * 1000.0));
 }
 
-std::string currentMoveLine(int depth, int moveIndex, Move move, const SearchSnapshot& snapshot) {
+std::string currentMoveLine(int depth, int moveIndex, Move move, const SearchSnapshot& snapshot,
+                            PromotionCase promotions) {
   std::string text;
   appendFormat(text, "info depth %u currmovenumber %u currmove ", static_cast<unsigned>(depth),
                static_cast<unsigned>(moveIndex + 1));
-  appendMove(text, move);
+  appendMove(text, move, promotions);
   appendStatsTail(text, snapshot);
   text += '\n';
   return text;
@@ -62,26 +66,37 @@ std::string pvBlock(const RootMoveList& rootMoves, const PvBlockOptions& options
                     const SearchSnapshot& snapshot) {
   const bool multi = options.lines > 1;
   std::string text;
-  for (int i = 0; i < options.lines; ++i) {
+  for (int line = 0; line < options.lines; ++line) {
+    const int i = options.isFinal ? options.lines - 1 - line : line;
     const RootMove& r = rootMoves.at(i);
-    if (multi && (r.bound == FailLow || r.depth < options.filterDepth)) continue;
+    const bool isWanted = options.isFinal && i == 0;
+    if (multi && !isWanted && (r.bound == FailLow || r.depth < options.filterDepth)) continue;
 
     appendFormat(text, "info depth %u seldepth %u", static_cast<unsigned>(r.depth),
                  static_cast<unsigned>(snapshot.selDepth));
-    appendScore(text, r.score);
+    appendScore(text, r.score, options.isFinal);
     if (r.bound != Exact) text += r.bound == FailLow ? " upperbound" : " lowerbound";
-    appendStatsTail(text, snapshot);
+    appendStatsTail(text, snapshot, options.isFinal);
     const Move* pv = rootMoves.lineAt(i);
     if (options.sendPv && *pv != NoMove) {
       if (multi) appendFormat(text, " multipv %i", i + 1);
       text += " pv";
       for (; *pv != NoMove; ++pv) {
         text += ' ';
-        appendMove(text, *pv);
+        appendMove(text, *pv, options.promotions);
       }
     }
     text += '\n';
   }
+  return text;
+}
+
+std::string unsearchedLine(int score, Move move, PromotionCase promotions) {
+  std::string text;
+  appendFormat(text, "info depth 1 seldepth 1 score cp %i time 0 nodes 0 nps 0 hashfull 0 pv ",
+               score);
+  appendMove(text, move, promotions);
+  text += '\n';
   return text;
 }
 

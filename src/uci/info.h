@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-#include "board/move.h"
+#include "board/notation.h"
 #include "search/root_moves.h"
 
 namespace quill {
@@ -26,21 +26,29 @@ struct SearchSnapshot {
   static SearchSnapshot of(const SearchState& state, std::uint32_t elapsed);
 };
 
-// Appends time, nodes, speed (once it means something) and the table's fill.
-void appendStatsTail(std::string& text, const SearchSnapshot& snapshot);
+// Appends time, nodes, speed (once it means something, or in the final block) and the table's fill.
+void appendStatsTail(std::string& text, const SearchSnapshot& snapshot, bool isFinal = false);
 
 // The move about to be searched at the root; moveIndex counts from 0.
-std::string currentMoveLine(int depth, int moveIndex, Move move, const SearchSnapshot& snapshot);
+std::string currentMoveLine(int depth, int moveIndex, Move move, const SearchSnapshot& snapshot,
+                            PromotionCase promotions = PromotionCase::Upper);
 
 struct PvBlockOptions {
   int lines;        // wanted, at least 1 and at most the number of root moves (but 1 without any)
   int filterDepth;  // with several lines, those of lesser depth are left out
   bool sendPv;      // also the moves of each line
+  PromotionCase promotions = PromotionCase::Upper;
+  // The last block of a search: the best line comes last, and every line is told in full.
+  bool isFinal = false;
 };
 
 // One line for each of the best root moves, in order.
 std::string pvBlock(const RootMoveList& rootMoves, const PvBlockOptions& options,
                     const SearchSnapshot& snapshot);
+
+// The line of a move that was found without a search, such as the book's; the score is in
+// centipawns, side to move's view.
+std::string unsearchedLine(int score, Move move, PromotionCase promotions);
 
 // Decides which reports become lines: all while the best move and its score are young, one in 100
 // ms later. Threads: the master thread; reset between searches.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "book/book.h"
+#include "book/book_path.h"
 #include "eval/weights.h"
 #include "search/tt.h"
 #include "shell/log.h"
@@ -14,7 +16,14 @@ namespace quill {
 
 namespace {
 
-enum OptionType { Spin, Check, Text, About, Hidden };
+enum OptionType { Spin, Check, Text, About, Button };
+// Who is told of it and may set it.
+enum OptionScope {
+  Common,     // everyone
+  Late,       // only where more options are offered
+  LateShown,  // everyone may, but it is announced only there
+  Secret      // everyone may, but it is announced nowhere
+};
 // How the announcement is padded.
 enum OptionLayout {
   Plain,  // the name to 15 columns
@@ -32,6 +41,7 @@ struct Options::Option {
   int max;
   bool needsIdle;  // can't change under a search
   OptionLayout layout;
+  OptionScope scope;
   int index;  // of an evaluation weight
   void (Options::*set)(const Option& option, Tokenizer& words);
 
@@ -39,6 +49,9 @@ struct Options::Option {
 };
 
 namespace {
+
+// How the protocol writes an empty text.
+constexpr char NoText[] = "<empty>";
 
 // The value, with or without the word "value" before it.
 EngineString readValue(Tokenizer& words) {
@@ -63,59 +76,85 @@ bool readBool(Tokenizer& words) { return equalsIgnoreCase(readValue(words).text(
 
 // clang-format off
 const Options::Option Options::Table[] = {
-    // name                        type    default               min max         idle   layout index
-    {"UCI_EngineAbout",            About,  0,                    0, 0,          false, Plain, 0, nullptr},
-    {"UCI_Opponent",               Text,   0,                    0, 0,          false, Plain, 0, &Options::setOpponent},
-    {"UCI_AnalyseMode",            Check,  0,                    0, 1,          false, Plain, 0, &Options::setNothing},
+    // name                        type    default               min max         idle   layout scope index
+    {"UCI_EngineAbout",            About,  0,                    0, 0,          false, Plain, Common, 0, nullptr},
+    {"UCI_Opponent",               Text,   0,                    0, 0,          false, Plain, Common, 0, &Options::setOpponent},
+    {"UCI_AnalyseMode",            Check,  0,                    0, 1,          false, Plain, Common, 0, &Options::setAnalyseMode},
     // the default is the number in use
-    {"Threads",                    Spin,   1,                    1, MaxThreads, true,  Typed, 0, &Options::setThreads},
-    {"Hash",                       Spin,   Tt::DefaultMegabytes, 1, 4096,       true,  Typed, 0, &Options::setHash},
-    {"Ponder",                     Check,  1,                    0, 1,          false, Typed, 0, &Options::setPonder},
-    {"MultiPV",                    Spin,   1,                    1, 256,        false, Typed, 0, &Options::setMultiPv},
-    {"MultiPVMargin",              Spin,   DefaultMultiPvMargin, 0, 2000,       false, Typed, 0, &Options::setMultiPvMargin},
-    {"OwnBook",                    Check,  1,                    0, 1,          false, Typed, 0, &Options::setOwnBook},
+    {"Threads",                    Spin,   1,                    1, MaxThreads, true,  Typed, Common, 0, &Options::setThreads},
+    {"Hash",                       Spin,   Tt::DefaultMegabytes, 1, 4096,       true,  Typed, Common, 0, &Options::setHash},
+    {"Ponder",                     Check,  1,                    0, 1,          false, Typed, Common, 0, &Options::setPonder},
+    {"MultiPV",                    Spin,   1,                    1, 256,        false, Typed, Common, 0, &Options::setMultiPv},
+    // the default is the profile's
+    {"MultiPVMargin",              Spin,   DefaultMultiPvMargin, 0, 2000,       false, Typed, Common, 0, &Options::setMultiPvMargin},
+    {"OwnBook",                    Check,  1,                    0, 1,          false, Typed, Common, 0, &Options::setOwnBook},
+    {"Book File",                  Text,   0,                    0, 0,          false, Plain, Late,   0, &Options::setBookFile},
+    // ms; the default is the profile's, or what the settings file says
+    {"Move Overhead",              Spin,   0,                    0, 5000,       false, Plain, Late,   0, &Options::setMoveOverhead},
     // percent
-    {"eval.mobility.opening",      Spin,   100,                  0, 1000,       true,  Wide,  MobilityOpening, &Options::setWeight},
-    {"eval.mobility.endgame",      Spin,   100,                  0, 1000,       true,  Wide,  MobilityEndgame, &Options::setWeight},
-    {"eval.passedpawns.opening",   Spin,   100,                  0, 1000,       true,  Wide,  PassedPawnsOpening, &Options::setWeight},
-    {"eval.passedpawns.endgame",   Spin,   100,                  0, 1000,       true,  Wide,  PassedPawnsEndgame, &Options::setWeight},
-    {"eval.pawnstructure.opening", Spin,   100,                  0, 1000,       true,  Wide,  PawnStructureOpening, &Options::setWeight},
-    {"eval.pawnstructure.endgame", Spin,   100,                  0, 1000,       true,  Wide,  PawnStructureEndgame, &Options::setWeight},
-    {"eval.kingattack",            Spin,   100,                  0, 1000,       true,  Wide,  KingAttack, &Options::setWeight},
-    // accepted, but not announced
-    {"Clear Hash",                 Hidden, 0,                    0, 0,          true,  Plain, 0, &Options::clearHash},
-    {"SendPv",                     Hidden, 1,                    0, 1,          false, Plain, 0, &Options::setSendPv},
+    {"eval.mobility.opening",      Spin,   100,                  0, 1000,       true,  Wide,  Common, MobilityOpening, &Options::setWeight},
+    {"eval.mobility.endgame",      Spin,   100,                  0, 1000,       true,  Wide,  Common, MobilityEndgame, &Options::setWeight},
+    {"eval.passedpawns.opening",   Spin,   100,                  0, 1000,       true,  Wide,  Common, PassedPawnsOpening, &Options::setWeight},
+    {"eval.passedpawns.endgame",   Spin,   100,                  0, 1000,       true,  Wide,  Common, PassedPawnsEndgame, &Options::setWeight},
+    {"eval.pawnstructure.opening", Spin,   100,                  0, 1000,       true,  Wide,  Common, PawnStructureOpening, &Options::setWeight},
+    {"eval.pawnstructure.endgame", Spin,   100,                  0, 1000,       true,  Wide,  Common, PawnStructureEndgame, &Options::setWeight},
+    {"eval.kingattack",            Spin,   100,                  0, 1000,       true,  Wide,  Common, KingAttack, &Options::setWeight},
+    {"Clear Hash",                 Button, 0,                    0, 0,          true,  Plain, LateShown, 0, &Options::clearHash},
+    {"SendPv",                     Check,  1,                    0, 1,          false, Plain, Secret, 0, &Options::setSendPv},
 };
 // clang-format on
 
+void Options::setProfile(const Profile& profile) {
+  profile_ = &profile;
+  overhead_ = profile.overhead;
+  pool_.state.multiPvMargin = profile.multiPvMargin;
+}
+
+int Options::defaultOf(const Option& option) const {
+  if (option.set == &Options::setThreads) return pool_.threadCount();
+  if (option.set == &Options::setMultiPvMargin) return profile_->multiPvMargin;
+  if (option.set == &Options::setMoveOverhead) return static_cast<int>(overhead_);
+  return option.defaultValue;
+}
+
 std::string Options::announcement() const {
-  constexpr const char* TypeNames[] = {"spin", "check", "string", "string", ""};
   std::string text;
   for (const Option& option : Table) {
-    if (option.type == Hidden) continue;
-    appendFormat(text, "option name %-*s type %-*s", option.layout == Wide ? 26 : 15, option.name,
-                 option.layout == Typed ? 6 : 0, TypeNames[option.type]);
-    if (option.type == Spin) {
-      const bool isThreads = option.set == &Options::setThreads;
-      appendFormat(text, " default %i min %i max %i",
-                   isThreads ? pool_.threadCount() : option.defaultValue, option.min, option.max);
-    } else if (option.type == Check) {
-      appendFormat(text, " default %s", option.defaultValue != 0 ? "true" : "false");
-    } else if (option.type == About) {
-      appendFormat(text, " default %s-%s by %s", EngineName, EngineVersion, EngineAuthor);
-    }
-    text += '\n';
+    if (option.scope == Secret) continue;
+    if (option.scope != Common && !profile_->offersMoreOptions) continue;
+    text += announcementOf(option);
   }
   return text;
 }
 
-const Options::Option* Options::find(Tokenizer& words) {
+std::string Options::announcementOf(const Option& option) const {
+  constexpr const char* TypeNames[] = {"spin", "check", "string", "string", "button"};
+  const int nameWidth = option.layout == Wide ? 26 : 15;
+  const int typeWidth = option.layout == Typed ? 6 : 0;
+  std::string text;
+  appendFormat(text, "option name %-*s type %-*s", profile_->padsOptions ? nameWidth : 0,
+               option.name, profile_->padsOptions ? typeWidth : 0, TypeNames[option.type]);
+  if (option.type == Spin) {
+    appendFormat(text, " default %i min %i max %i", defaultOf(option), option.min, option.max);
+  } else if (option.type == Check) {
+    appendFormat(text, " default %s", option.defaultValue != 0 ? "true" : "false");
+  } else if (option.type == About) {
+    appendFormat(text, " default %s-%s by %s", EngineName, EngineVersion, EngineAuthor);
+  } else if (option.type == Text && profile_->offersMoreOptions) {
+    const bool isBook = option.set == &Options::setBookFile && !bookName_.empty();
+    text.append(" default ").append(isBook ? bookName_ : NoText);
+  }
+  return text + '\n';
+}
+
+const Options::Option* Options::find(Tokenizer& words) const {
   std::string_view name = words.nextWord();
   if (equalsIgnoreCase(name, "name")) name = words.nextWord();
   for (const Option& option : Table) {
     const std::string_view full = option.name;
     const std::size_t blank = std::min(full.find(' '), full.size());
     if (option.set == nullptr || !equalsIgnoreCase(name, full.substr(0, blank))) continue;
+    if (option.scope == Late && !profile_->offersMoreOptions) continue;
     if (blank == full.size()) return &option;
     return equalsIgnoreCase(words.nextWord(), full.substr(blank + 1)) ? &option : nullptr;
   }
@@ -125,9 +164,36 @@ const Options::Option* Options::find(Tokenizer& words) {
 
 bool Options::needsIdle(const Option& option) { return option.needsIdle; }
 
-void Options::set(const Option& option, Tokenizer& words) { (this->*option.set)(option, words); }
+std::string Options::set(const Option& option, Tokenizer& words) {
+  complaint_.clear();
+  (this->*option.set)(option, words);
+  return complaint_;
+}
 
-void Options::setNothing(const Option&, Tokenizer&) {}
+void Options::setAnalyseMode(const Option&, Tokenizer& words) { analyseMode_ = readBool(words); }
+
+void Options::setMoveOverhead(const Option& option, Tokenizer& words) {
+  overhead_ = static_cast<std::uint32_t>(option.clamped(readInt(words, defaultOf(option))));
+}
+
+// The name is the rest of the line: it may hold blanks.
+void Options::setBookFile(const Option&, Tokenizer& words) {
+  Tokenizer behind = words;
+  if (equalsIgnoreCase(behind.nextWord(), "value")) words = behind;
+  if (!openBookFile(words.rest())) complaint_ = std::string("book not found: ") + words.rest();
+}
+
+bool Options::openBookFile(const std::string& name) {
+  if (name.empty() || name == NoText) {
+    book_.open(nullptr);
+    bookName_.clear();
+    return true;
+  }
+  const std::string path = openBook(book_, name, profile_->seeksBook);
+  if (path.empty()) return false;
+  bookName_ = path;
+  return true;
+}
 
 void Options::setOpponent(const Option&, Tokenizer& words) {
   words.nextWord();  // "value"
@@ -147,7 +213,7 @@ void Options::setMultiPv(const Option& option, Tokenizer& words) {
 }
 
 void Options::setMultiPvMargin(const Option& option, Tokenizer& words) {
-  pool_.state.multiPvMargin = option.clamped(readInt(words, option.defaultValue));
+  pool_.state.multiPvMargin = option.clamped(readInt(words, defaultOf(option)));
 }
 
 void Options::setHash(const Option& option, Tokenizer& words) {

@@ -10,9 +10,11 @@
 #include <string>
 
 #include "shell/text.h"
+#include "uci/profile.h"
 
 namespace quill {
 
+class Book;
 struct EvalTables;
 struct ThreadPool;
 
@@ -20,28 +22,46 @@ class Options {
  public:
   struct Option;
 
-  // Both must outlive the object.
-  Options(ThreadPool& pool, EvalTables& evalTables) : pool_(pool), evalTables_(evalTables) {}
+  // All must outlive the object.
+  Options(ThreadPool& pool, EvalTables& evalTables, Book& book)
+      : pool_(pool), evalTables_(evalTables), book_(book) {}
 
-  // The announcement of all options, a line each.
+  // Sets what the profile says in place of a default.
+  void setProfile(const Profile& profile);
+  // The announcement of all options that the profile offers, a line each.
   std::string announcement() const;
 
   // Takes the name of a "setoption" off its words. None when there is no such option; standard
   // error then gets one line, except for a "Clear" without "Hash".
-  static const Option* find(Tokenizer& words);
+  const Option* find(Tokenizer& words) const;
   // Whether the option changes what a running search uses.
   static bool needsIdle(const Option& option);
-  // Takes the value off the words and sets the option to it. Requires: no search runs where
-  // needsIdle says so.
-  void set(const Option& option, Tokenizer& words);
+  // Takes the value off the words and sets the option to it. Returns a complaint, empty when all is
+  // well. Requires: no search runs where needsIdle says so.
+  std::string set(const Option& option, Tokenizer& words);
 
+  // Opens the book of the name, an empty one or "<empty>" closing the book in use.
+  // On failure: false, and the book in use stays.
+  bool openBookFile(const std::string& name);
+  // The path of the book in use, empty without one.
+  const std::string& bookName() const { return bookName_; }
+
+  // Milliseconds of each move that pass outside the engine.
+  std::uint32_t overhead() const { return overhead_; }
+  void setOverhead(std::uint32_t ms) { overhead_ = ms; }
+  bool analyseMode() const { return analyseMode_; }
   bool ownBook() const { return ownBook_; }
   bool sendPv() const { return sendPv_.load(std::memory_order_relaxed); }
 
  private:
   static const Option Table[];
 
-  void setNothing(const Option& option, Tokenizer& words);
+  int defaultOf(const Option& option) const;
+  std::string announcementOf(const Option& option) const;
+
+  void setAnalyseMode(const Option& option, Tokenizer& words);
+  void setMoveOverhead(const Option& option, Tokenizer& words);
+  void setBookFile(const Option& option, Tokenizer& words);
   void setOpponent(const Option& option, Tokenizer& words);
   void setMultiPv(const Option& option, Tokenizer& words);
   void setMultiPvMargin(const Option& option, Tokenizer& words);
@@ -55,7 +75,13 @@ class Options {
 
   ThreadPool& pool_;
   EvalTables& evalTables_;
+  Book& book_;
+  const Profile* profile_ = &ClassicProfile;
 
+  std::string complaint_;  // of the set that runs
+  std::string bookName_;
+  std::uint32_t overhead_ = 0;  // ms
+  bool analyseMode_ = false;
   EngineString opponentName_;
   EngineString opponentTitle_;
   EngineString opponentType_;

@@ -3,7 +3,9 @@
 #include <cstdlib>
 
 #include "board/notation.h"
+#include "eval/evaluate.h"
 #include "platform/standard_error.h"
+#include "search/tt.h"
 #include "shell/log.h"
 #include "smp/thread_pool.h"
 #include "uci/names.h"
@@ -12,9 +14,11 @@ namespace quill {
 
 namespace {
 
-// Standard error goes to the file, behind what earlier games left there. Where the file can't be
-// opened it stays as it is.
-void redirectErrors(const char* path) {
+// Standard error goes to the file, behind what earlier games left there, or nowhere. Where the file
+// can't be opened it stays as it is.
+void redirectErrors(const std::string& name) {
+  if (name == "stderr") return;
+  const char* const path = name == "none" ? platform::NullDevice : name.c_str();
   std::FILE* probe = std::fopen(path, "a");
   if (probe == nullptr) return;
   std::fclose(probe);
@@ -22,18 +26,28 @@ void redirectErrors(const char* path) {
   if (std::freopen(path, "a", stderr) != nullptr) std::setvbuf(stderr, nullptr, _IONBF, 0);
 }
 
-constexpr bool isRunning(UciStatus status) { return status == Searching || status == Pondering; }
+constexpr bool isRunning(UciStatus status) {
+  return status == Searching || status == Pondering || status == Analysing;
+}
 
 }  // namespace
 
-Uci::Uci(ThreadPool& pool, EvalTables& evalTables, BookSelector& book, std::FILE* out,
-         const char* errorLog)
+Uci::Uci(ThreadPool& pool, EvalTables& evalTables, Book& bookFile, BookSelector& book,
+         std::FILE* out)
     : pool_(pool),
       board_(pool.board()),
       book_(book),
       out_(out),
-      errorLog_(errorLog),
-      options_(pool, evalTables) {}
+      options_(pool, evalTables, bookFile) {
+  setProfile(ClassicProfile);
+}
+
+void Uci::setProfile(const Profile& profile) {
+  profile_ = &profile;
+  reserve_ = profile.reserve;
+  pool_.state.timeControl.setProfile(*profile.time);
+  options_.setProfile(profile);
+}
 
 bool Uci::dispatch(const char* command, const char* rest) {
   struct Handler {
@@ -49,6 +63,7 @@ bool Uci::dispatch(const char* command, const char* rest) {
       {"ucinewgame", &Uci::ucinewgame},
       {"ponderhit", &Uci::ponderhit},
       {"stop", &Uci::stop},
+      {"debug", &Uci::debug},
       {"quit", &Uci::quit},
   };
 
@@ -58,6 +73,7 @@ bool Uci::dispatch(const char* command, const char* rest) {
   words.setArgs(rest);
   for (const Handler& handler : Handlers) {
     if (!equalsIgnoreCase(command, handler.name)) continue;
+    if (handler.run == &Uci::debug && !profile_->knowsDebug) continue;
     (this->*handler.run)(words);
     std::fflush(out_);
     flushLog();
@@ -69,7 +85,7 @@ bool Uci::dispatch(const char* command, const char* rest) {
 
 void Uci::uci(Tokenizer& /*words*/) {
   logOff();
-  if (errorLog_ != nullptr) redirectErrors(errorLog_);
+  redirectErrors(errorLog_);
   std::string text = "\n";
   text.append("id name ").append(EngineName).append("-").append(EngineVersion).append("\n");
   text.append("id author ").append(EngineAuthor).append("\n");
@@ -85,7 +101,15 @@ void Uci::isready(Tokenizer& /*words*/) {
   trace("<--readyok");
 }
 
-void Uci::ucinewgame(Tokenizer& /*words*/) { forgetGame(); }
+void Uci::ucinewgame(Tokenizer& /*words*/) {
+  forgetGame();
+  if (!profile_->newGameClears) return;
+  stopRunningSearch();
+  pool_.state.tt.clear();
+  pool_.clearEvaluators();
+}
+
+void Uci::debug(Tokenizer& words) { debug_ = equalsIgnoreCase(words.nextWord(), "on"); }
 
 void Uci::forgetGame() {
   lastBookPly_ = 0;
@@ -101,7 +125,7 @@ void Uci::quit(Tokenizer& /*words*/) {
 }
 
 void Uci::setoption(Tokenizer& words) {
-  const Options::Option* option = Options::find(words);
+  const Options::Option* option = options_.find(words);
   if (option == nullptr) return;
   if (Options::needsIdle(*option)) {
     const UciStatus old = stopRunningSearch();
@@ -109,14 +133,21 @@ void Uci::setoption(Tokenizer& words) {
       std::fprintf(stderr, "uci::setoption(): search still running? status=%i\n", old);
     }
   }
-  options_.set(*option, words);
+  if (const std::string refusal = options_.set(*option, words); !refusal.empty()) tell(refusal);
 }
 
 void Uci::stop(Tokenizer& /*words*/) {
-  switch (setStatus(Finished)) {
+  const UciStatus old = setStatus(Finished);
+  if (profile_->answersOnce && (old == Finished || old == Position)) {
+    setStatus(old);
+    return;
+  }
+  switch (old) {
     case Finished:
-    case Withheld:
       repeatAnswer({answer_.best, NoMove});
+      break;
+    case Withheld:
+      repeatAnswer({answer_.best, profile_->answersOnce ? answer_.ponder : NoMove});
       break;
     case Position:
       std::fprintf(stderr, "uci:: stop without preceeding go?\n");
@@ -125,6 +156,7 @@ void Uci::stop(Tokenizer& /*words*/) {
       break;
     case Searching:
     case Pondering:
+    case Analysing:
       trace("uci:stop() START\n");
       pool_.stopAll();
       trace("uci:stop() END\n");
@@ -133,7 +165,9 @@ void Uci::stop(Tokenizer& /*words*/) {
 }
 
 void Uci::ponderhit(Tokenizer& /*words*/) {
-  switch (setStatus(Searching)) {
+  const UciStatus old = changeStatus(Pondering, Searching);
+  if (profile_->answersOnce && (old == Finished || old == Position || old == Analysing)) return;
+  switch (old) {
     case Finished:
     case Withheld:
       trace("uci:ponderhit(): already finished\n");
@@ -142,11 +176,11 @@ void Uci::ponderhit(Tokenizer& /*words*/) {
       break;
     case Position:
       std::fprintf(stderr, "uci:: ponderhit without preceeding go(): send bestmove 0000\n");
-      setStatus(Position);
       answer_ = {};
       sendBestMove(answer_);
       break;
     case Searching:
+    case Analysing:
       std::fprintf(stderr, "uci::ponderhit status==SEARCHING, ponderhit ignored\n");
       break;
     case Pondering:
@@ -161,14 +195,14 @@ void Uci::ponderhit(Tokenizer& /*words*/) {
 }
 
 void Uci::searchFinished(int depth, int /*score*/, Move /*move*/) {
-  printPvBlock(depth);
+  printFinalBlock(depth);
   throttle_.reset();  // for the next search
   answer_ = {pool_.state.rootMoves.bestMove(), pool_.state.rootMoves.ponderMove()};
   const Answer answer = answer_;  // the member may change once the status has changed
   UciStatus status;
   {
     const std::lock_guard guard(statusLock_);
-    status = status_ == Pondering ? Withheld : Finished;
+    status = status_ == Pondering || status_ == Analysing ? Withheld : Finished;
     status_ = status;
   }
   if (status == Withheld) {
@@ -189,7 +223,8 @@ void Uci::reportCurrentMove(int depth, int moveIndex, Move move) {
   if (!options_.sendPv()) return;
   const std::uint32_t elapsed = pool_.state.timeControl.elapsed();
   if (!throttle_.admitsCurrentMove(moveIndex, elapsed)) return;
-  send(currentMoveLine(depth, moveIndex, move, SearchSnapshot::of(pool_.state, elapsed)));
+  send(currentMoveLine(depth, moveIndex, move, SearchSnapshot::of(pool_.state, elapsed),
+                       profile_->promotions));
 }
 
 void Uci::reportPv(int depth, int score, Move move) {
@@ -201,15 +236,49 @@ void Uci::reportPv(int depth, int score, Move move) {
 
 void Uci::printPvBlock(int filterDepth) {
   const PvBlockOptions options = {lineCount(pool_.state.rootMoves, pool_.state.activeMultiPv),
-                                  filterDepth, options_.sendPv()};
+                                  filterDepth, options_.sendPv(), profile_->promotions};
   send(pvBlock(pool_.state.rootMoves, options,
                SearchSnapshot::of(pool_.state, pool_.state.timeControl.elapsed())));
+}
+
+void Uci::printFinalBlock(int depth) {
+  if (!profile_->endsWithLine) {
+    printPvBlock(depth);
+    return;
+  }
+  SearchState& state = pool_.state;
+  RootMoveList& moves = state.rootMoves;
+  RootMove& best = moves.at(0);
+  // A search that was stopped before it had tried a move plays the first one all the same.
+  if (best.bound == NotSearched) {
+    if (best.move != NoMove)
+      best.score = static_cast<std::int16_t>(evaluate(state.master().evaluator));
+    best.bound = Exact;
+  }
+  Move* const line = moves.lines[moves.order[0]].data();
+  if (line[0] == NoMove) {
+    line[0] = best.move;
+    line[1] = NoMove;
+  }
+  const PvBlockOptions options = {.lines = lineCount(moves, state.activeMultiPv),
+                                  .filterDepth = depth,
+                                  .sendPv = true,
+                                  .promotions = profile_->promotions,
+                                  .isFinal = true};
+  send(pvBlock(moves, options, SearchSnapshot::of(state, state.timeControl.elapsed())));
 }
 
 UciStatus Uci::setStatus(UciStatus status) {
   const std::lock_guard guard(statusLock_);
   const UciStatus old = status_;
   status_ = status;
+  return old;
+}
+
+UciStatus Uci::changeStatus(UciStatus from, UciStatus to) {
+  const std::lock_guard guard(statusLock_);
+  const UciStatus old = status_;
+  if (old == from) status_ = to;
   return old;
 }
 
@@ -238,21 +307,31 @@ void Uci::finish() {
   } else {
     pool_.waitIdle();
   }
+  if (profile_->answersOnce && status() == Withheld) {
+    setStatus(Finished);
+    sendBestMove(answer_);
+  }
 }
 
 void Uci::sendBestMove(Answer answer) {
   char move[MoveTextSize];
-  uciMoveText(move, answer.best);
   std::string text = "bestmove ";
-  text += move;
+  if (answer.best == NoMove && profile_->endsWithLine) {
+    text += "(none)";
+  } else {
+    uciMoveText(move, answer.best, profile_->promotions);
+    text += move;
+  }
   if (answer.ponder != NoMove) {
-    uciMoveText(move, answer.ponder);
+    uciMoveText(move, answer.ponder, profile_->promotions);
     text.append(" ponder ").append(move);
   }
   text += '\n';
   send(text);
   if (answer.best == NoMove) std::fprintf(stderr, "No move generated! bm=%x\n", answer.best);
 }
+
+void Uci::tell(const std::string& text) { send("info string " + text + "\n"); }
 
 void Uci::send(const std::string& text) {
   std::fwrite(text.data(), 1, text.size(), out_);

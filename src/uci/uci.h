@@ -22,12 +22,15 @@
 #include "time/time_control.h"
 #include "uci/info.h"
 #include "uci/options.h"
+#include "uci/profile.h"
 
 namespace quill {
 
+class Book;
 class BookSelector;
 struct Board;
 struct EvalTables;
+struct RootRequest;
 struct ThreadPool;
 
 enum UciStatus : int {
@@ -36,14 +39,20 @@ enum UciStatus : int {
   Searching = 2,  // the search sends its answer when it ends
   Pondering = 3,  // the answer waits for "ponderhit" or "stop"
   Withheld = 4,   // a ponder search has ended by itself; its answer still waits
+  Analysing = 5,  // an infinite search: the answer waits for "stop"
 };
 
 class Uci final : public SearchListener {
  public:
-  // Protocol lines go to out; "uci" redirects standard error to the file of the name given, if any.
-  // All arguments must outlive the object.
-  Uci(ThreadPool& pool, EvalTables& evalTables, BookSelector& book, std::FILE* out,
-      const char* errorLog = nullptr);
+  // Protocol lines go to out. All arguments must outlive the object.
+  Uci(ThreadPool& pool, EvalTables& evalTables, Book& bookFile, BookSelector& book, std::FILE* out);
+
+  // The classic profile at first. To be called before any command.
+  void setProfile(const Profile& profile);
+  const Profile& profile() const { return *profile_; }
+  // Where standard error goes from "uci" on: a file, "none" or, as at first, "stderr".
+  void setErrorLog(std::string name) { errorLog_ = std::move(name); }
+  Options& options() { return options_; }
 
   // Runs the command of a line. True when it was one of the protocol's.
   bool dispatch(const char* command, const char* rest);
@@ -75,9 +84,12 @@ class Uci final : public SearchListener {
   void ucinewgame(Tokenizer& words);
   void ponderhit(Tokenizer& words);
   void stop(Tokenizer& words);
+  void debug(Tokenizer& words);
   [[noreturn]] void quit(Tokenizer& words);
 
   UciStatus setStatus(UciStatus status);
+  // Changes the status where it is the first one. Returns what it was.
+  UciStatus changeStatus(UciStatus from, UciStatus to);
   // Ends a search that runs, so that it sends its answer, and waits until all threads are idle.
   // Returns the status that it found; one of no search is left alone.
   UciStatus stopRunningSearch();
@@ -85,25 +97,38 @@ class Uci final : public SearchListener {
   bool setPosition(Tokenizer& words);
   void playMoves(Tokenizer& words);
   bool probeBook();
-  SearchLimits readLimits(Tokenizer& words) const;
+  // Takes the parameters of a "go" off its words; what is asked of the root goes into the request.
+  SearchLimits readLimits(Tokenizer& words, RootRequest& request) const;
+  void readRequest(std::string_view word, Tokenizer& words, RootRequest& request) const;
+  void completeLimits(SearchLimits& limits, const RootRequest& request) const;
+  // What limits the search that is about to start, for "debug on".
+  void tellBudgets();
+  // Whether the search of a "go" may be replaced by a look into the book.
+  bool mayPlayFromBook(const SearchLimits& limits, const RootRequest& request) const;
   // The next position belongs to another game.
   void forgetGame();
 
   void printPvBlock(int filterDepth);
+  // The last lines of a search, at its end.
+  void printFinalBlock(int depth);
   void sendBestMove(Answer answer);
   // Sends an earlier answer again, once all threads are idle.
   void repeatAnswer(Answer answer);
+  // An "info string" line, for what a person should see.
+  void tell(const std::string& text);
   void send(const std::string& text);
 
   ThreadPool& pool_;
   Board& board_;  // the position to search: the master's
   BookSelector& book_;
   std::FILE* out_;
-  const char* errorLog_;
+  std::string errorLog_ = "stderr";
 
+  const Profile* profile_ = &ClassicProfile;
   Options options_;
   bool uciMode_ = false;
-  std::uint32_t reserve_ = 3000;  // ms of the clock that are never planned with
+  bool debug_ = false;         // "debug on": the budgets of each search are told
+  std::uint32_t reserve_ = 0;  // ms of the clock that are never planned with
 
   UciStatus status_ = Finished;
   std::mutex statusLock_;

@@ -68,7 +68,7 @@ class UciTest : public testing::Test {
   ThreadPool pool{tt, timeControl, evalTables};
   Book book;
   BookSelector selector{book, 1};
-  Uci uci{pool, evalTables, selector, output.stream()};
+  Uci uci{pool, evalTables, book, selector, output.stream()};
 };
 
 }  // namespace quill::test

@@ -1,0 +1,23 @@
+#include "book/book_path.h"
+
+#include <filesystem>
+
+#include "book/book.h"
+#include "platform/paths.h"
+
+namespace quill {
+
+std::string openBook(Book& book, const std::string& name, bool widely) {
+  const std::filesystem::path own = name;
+  const std::filesystem::path folders[] = {"", platform::programFolder(), QUILL_DATA_DIR};
+  for (const auto& folder : folders) {
+    if (folder.empty() && &folder != folders) continue;
+    const std::string path = (folder / own).string();
+    // Tried apart: a file that is no book must not close the one in use.
+    if (Book trial; trial.open(path.c_str()) && book.open(path.c_str())) return path;
+    if (!widely || own.is_absolute()) break;
+  }
+  return {};
+}
+
+}  // namespace quill

@@ -1,0 +1,53 @@
+// How the clock is shared out over the moves to come: the numbers in which one way of keeping time
+// differs from another. The time control works by one such record.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace quill {
+
+// The phases of a search, by their budgets.
+enum TimePhase : int {
+  NewIterationPhase = 1,  // never entered; once it is spent no new iteration begins
+  NormalPhase = 3,        // entered at every start
+  VerifyPhase = 4,        // a later root move is verified as the new best
+  CrisisPhase = 5,        // the first root move failed low, or the score dropped
+  PhaseCount = 7,
+};
+
+struct TimeProfile {
+  // What a phase may spend, in units of a move's share of the clock.
+  std::array<double, PhaseCount> phaseFactor;
+  // A thought that was begun on the opponent's clock is worth spending more on.
+  double ponderFactor;
+  int maxMovesToGo;     // moves to the time control are planned for up to this number
+  int suddenDeath;      // moves that are planned for when the GUI names none: without an increment
+  int withIncrement;    // and with one
+  double reserveShare;  // of the clock, never planned with
+  std::uint32_t minTime;  // ms, planned with even when less is left
+};
+
+inline constexpr TimeProfile ClassicTime = {
+    .phaseFactor = {0.1, 0.65, 1.0, 2.0, 3.0, 4.0, 0.0},  // 0, 2 and 6: computed, never entered
+    .ponderFactor = 1.4,
+    .maxMovesToGo = 33,
+    .suddenDeath = 33,
+    .withIncrement = 33,
+    .reserveShare = 0.0,
+    .minTime = 100,
+};
+
+// Plays on what is left, however little: what must not be planned with is the overhead of each move
+// and a small share of the clock.
+inline constexpr TimeProfile ModernTime = {
+    .phaseFactor = {0.1, 0.65, 1.0, 2.0, 3.0, 4.0, 0.0},
+    .ponderFactor = 1.4,
+    .maxMovesToGo = 33,
+    .suddenDeath = 40,
+    .withIncrement = 24,
+    .reserveShare = 0.03,
+    .minTime = 0,
+};
+
+}  // namespace quill
