@@ -5,6 +5,8 @@ legal is checked here. Slow and simple: a board of 64 letters, every move is mad
 is legal.
 """
 
+import re
+
 START_FEN = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1"
 
 KNIGHT_STEPS = ((1, 2), (2, 1), (2, -1), (1, -2), (-1, -2), (-2, -1), (-2, 1), (-1, 2))
@@ -289,7 +291,10 @@ class Position:
         On failure: ValueError.
         """
         wanted = text.rstrip("+#!?")
-        found = [m for m in self.legal_moves() if self.san(m).rstrip("+#") == wanted]
+        # Writing a move is slow: only those to the square that the text names are written.
+        square = re.search(r"([a-h][1-8])(=.)?$", wanted)
+        moves = [m for m in self.legal_moves() if not square or m[2:4] == square.group(1)]
+        found = [m for m in moves if self.san(m).rstrip("+#") == wanted]
         if len(found) != 1:
             raise ValueError(f"{text} is no move in {self.fen()}")
         return found[0]

@@ -103,7 +103,7 @@ void TimeControl::allocateTime(std::int64_t available, std::int64_t increment, i
   const std::int64_t maxT = std::min(std::max(avail - (mtg + 1) * base, base), MaxTime);
   std::int64_t unit = base + (maxT - base) / (mtg + 2);
   if (canPonder_) unit = scaled(profile_->ponderFactor, unit, MaxTime);
-  unit += increment;
+  unit += scaled(profile_->incrementShare, increment, MaxTime);
 
   for (unsigned i = 0; i < PhaseCount; ++i) {
     phaseTime_[i].store(static_cast<std::uint32_t>(scaled(profile_->phaseFactor[i], unit, maxT)),

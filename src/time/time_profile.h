@@ -21,10 +21,11 @@ struct TimeProfile {
   std::array<double, PhaseCount> phaseFactor;
   // A thought that was begun on the opponent's clock is worth spending more on.
   double ponderFactor;
-  int maxMovesToGo;     // moves to the time control are planned for up to this number
-  int suddenDeath;      // moves that are planned for when the GUI names none: without an increment
-  int withIncrement;    // and with one
-  double reserveShare;  // of the clock, never planned with
+  int maxMovesToGo;   // moves to the time control are planned for up to this number
+  int suddenDeath;    // moves that are planned for when the GUI names none: without an increment
+  int withIncrement;  // and with one
+  double incrementShare;  // of the increment that a move is given on top
+  double reserveShare;    // of the clock, never planned with
   std::uint32_t minTime;  // ms, planned with even when less is left
 };
 
@@ -34,6 +35,7 @@ inline constexpr TimeProfile ClassicTime = {
     .maxMovesToGo = 33,
     .suddenDeath = 33,
     .withIncrement = 33,
+    .incrementShare = 1.0,
     .reserveShare = 0.0,
     .minTime = 100,
 };
@@ -44,9 +46,10 @@ inline constexpr TimeProfile ModernTime = {
     .phaseFactor = {0.1, 0.65, 1.0, 2.0, 3.0, 4.0, 0.0},
     .ponderFactor = 1.4,
     .maxMovesToGo = 33,
-    .suddenDeath = 40,
-    .withIncrement = 24,
-    .reserveShare = 0.03,
+    .suddenDeath = 48,
+    .withIncrement = 25,
+    .incrementShare = 0.75,
+    .reserveShare = 0.05,
     .minTime = 0,
 };
 

@@ -1,5 +1,7 @@
 """The measuring tools count right: a wrong count would make a bad engine look good."""
 
+import argparse
+import pathlib
 import random
 import unittest
 import unittest.mock
@@ -12,6 +14,9 @@ import time_to_depth
 from chess_rules import Position
 from positions import MIDDLEGAMES, OPENINGS
 from uci_client import Answer
+
+
+PROJECT = pathlib.Path(__file__).resolve().parents[2]
 
 
 class Positions(unittest.TestCase):
@@ -42,6 +47,7 @@ class MatchClock(unittest.TestCase):
         self.assertTrue(clock.spend(0.9))
         self.assertAlmostEqual(clock.left, 5.1)
         self.assertFalse(clock.spend(5.2))  # the flag falls before the increment comes
+        self.assertTrue(match.Clock((1.0, 0.0, 0), slack=0.05).spend(1.04))
         clock = match.Clock((10.0, 0.0, 2))
         clock.spend(1.0)
         self.assertEqual((clock.to_go, clock.left), (1, 9.0))
@@ -52,8 +58,9 @@ class MatchClock(unittest.TestCase):
 class ScriptedPlayer:
     """Answers "go" with the moves given, one after the other."""
 
-    def __init__(self, moves, seconds=0.01):
+    def __init__(self, moves, seconds=0.01, score=0):
         self.name, self.moves, self.seconds = "scripted", list(moves), seconds
+        self.infos = [(0.0, f"info depth 1 score cp {score} pv a1a2")]
 
     def send(self, *_):
         pass
@@ -62,13 +69,19 @@ class ScriptedPlayer:
         pass
 
     def go(self, *_):
-        return Answer(f"bestmove {self.moves.pop(0)}", [], self.seconds)
+        return Answer(f"bestmove {self.moves.pop(0)}", self.infos, self.seconds)
 
 
 class Referee(unittest.TestCase):
-    def play(self, white, black, **kinds):
-        players = [ScriptedPlayer(white, kinds.get("seconds", 0.01)), ScriptedPlayer(black)]
-        return match.Game(players, "", (1.0, 0.0, 0), None, kinds.get("max_plies", 50)).play()
+    def play(self, white, black, seconds=0.01, scores=None, max_plies=50):
+        players = [
+            ScriptedPlayer(white, seconds, scores[0] if scores else 0),
+            ScriptedPlayer(black, 0.01, scores[1] if scores else 0),
+        ]
+        args = argparse.Namespace(
+            slack=0, movetime=None, max_plies=max_plies, adjudicate=bool(scores)
+        )
+        return match.Game(players, "", (1.0, 0.0, 0), args).play()
 
     def test_sees_mate_illegal_moves_and_lost_clocks(self):
         self.assertEqual(self.play(["f2f3", "g2g4"], ["e7e5", "d8h4"]), ("0-1", "mate"))
@@ -77,6 +90,27 @@ class Referee(unittest.TestCase):
         result, reason = self.play(["e2e4"], [], seconds=1.2)
         self.assertEqual((result, reason.split(":")[0]), ("0-1", "time forfeit"))
         self.assertEqual(self.play(["e2e4"], ["e7e5"], max_plies=2), ("1/2-1/2", "too long"))
+
+    def test_adjudicates_only_where_both_engines_agree(self):
+        moves = [("g1f3", "g8f6"), ("f3g1", "f6g8"), ("b1c3", "b8c6"), ("c3b1", "c6b8")]
+        white, black = map(list, zip(*moves))
+        self.assertEqual(self.play(white, black, scores=(-700, 700)), ("0-1", "adjudicated"))
+        result = self.play(white, black, scores=(-700, 300))
+        self.assertEqual(result, ("1/2-1/2", "repetition"))
+
+
+class MatchScore(unittest.TestCase):
+    def test_rates_the_difference(self):
+        low, middle, high = match.rating_difference(64, 0, 36)
+        self.assertAlmostEqual(middle, 100, delta=1)
+        self.assertTrue(30 < low < middle < high < 180)
+        self.assertAlmostEqual(match.rating_difference(10, 80, 10)[1], 0)
+
+    def test_reads_different_openings_of_eight_plies(self):
+        lines = match.read_openings(PROJECT / "data" / "openings.txt")
+        self.assertGreater(len(lines), 75)
+        self.assertEqual(len(lines), len(set(lines)))
+        self.assertEqual({len(line.split()) for line in lines}, {8})
 
 
 class GuiReport(unittest.TestCase):
