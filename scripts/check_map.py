@@ -1,5 +1,9 @@
 #!/usr/bin/env python3
-"""Checks that docs/map.md has a line for every pair of files in src/, and for nothing else."""
+"""Checks that docs/map.md has a line for every unit in src/, and for nothing else.
+
+A unit is a header with its source, or with a source for each operating system (name_posix.cpp and
+name_windows.cpp in src/platform).
+"""
 
 import pathlib
 import re
@@ -10,7 +14,8 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 def main():
     sources = (p for p in (ROOT / "src").rglob("*") if p.suffix in (".h", ".cpp"))
-    there = {p.relative_to(ROOT / "src").with_suffix("").as_posix() for p in sources}
+    paths = {p.relative_to(ROOT / "src").with_suffix("").as_posix() for p in sources}
+    there = {re.sub(r"^(platform/.*)_(posix|windows)$", r"\1", path) for path in paths}
     text = (ROOT / "docs" / "map.md").read_text(encoding="utf-8")
     named = set(re.findall(r"^- `([a-z_0-9]+(?:/[a-z_0-9]+)?)` - ", text, re.M))
     for name in sorted(there - named):

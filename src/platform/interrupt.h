@@ -1,4 +1,4 @@
-// The user's wish to interrupt (Ctrl-C) as something to ask for.
+// The user's wish to interrupt (Ctrl-C, on Windows also Ctrl-Break) as something to ask for.
 #pragma once
 
 namespace quill::platform {

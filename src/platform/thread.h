@@ -32,11 +32,7 @@ class Thread {
     Entry entry;
     void* argument;
   };
-#ifdef _WIN32
-  static unsigned long __stdcall run(void* self);
-#else
-  static void* run(void* self);
-#endif
+  friend struct SystemEntry;  // the function that the system calls, in the system's own form
 
   Start start_{};
   unsigned long long handle_ = 0;

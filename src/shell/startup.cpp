@@ -9,6 +9,7 @@
 #include "board/zobrist.h"
 #include "platform/cpu.h"
 #include "platform/paths.h"
+#include "platform/standard_streams.h"
 #include "shell/engine.h"
 #include "uci/names.h"
 
@@ -66,6 +67,7 @@ void openBook(Engine& engine) {
 // Standard input keeps its buffer. Lines arrive as soon as they are typed all the same, and one
 // system call for each byte would make long lines slow.
 void prepareStreams() {
+  platform::useBinaryOutput();
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   std::setvbuf(stderr, nullptr, _IONBF, 0);
 }

@@ -7,7 +7,7 @@ namespace quill {
 
 struct Engine;
 
-// Makes all output appear at once.
+// Makes all output appear at once and as it is written.
 void prepareStreams();
 
 void printBanner();

@@ -1,12 +1,8 @@
 #include "platform/interrupt.h"
 
-#include <atomic>
-
-#ifdef _WIN32
-#include <windows.h>
-#else
 #include <signal.h>
-#endif
+
+#include <atomic>
 
 namespace quill::platform {
 
@@ -16,34 +12,11 @@ namespace {
 std::atomic<bool> interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
 
-#ifdef _WIN32
-
-int __stdcall noteInterrupt(unsigned long event) {
-  return event == CTRL_C_EVENT && !interrupted.exchange(true) ? TRUE : FALSE;
-}
-
-#else
-
 struct sigaction earlier;  // what is to happen after the watch
 
 void noteInterrupt(int) { interrupted.store(true, std::memory_order_relaxed); }
 
-#endif
-
 }  // namespace
-
-bool InterruptWatch::hasCome() const { return interrupted.load(std::memory_order_relaxed); }
-
-#ifdef _WIN32
-
-InterruptWatch::InterruptWatch() {
-  interrupted.store(false);
-  SetConsoleCtrlHandler(noteInterrupt, TRUE);
-}
-
-InterruptWatch::~InterruptWatch() { SetConsoleCtrlHandler(noteInterrupt, FALSE); }
-
-#else
 
 InterruptWatch::InterruptWatch() {
   interrupted.store(false, std::memory_order_relaxed);
@@ -58,6 +31,6 @@ InterruptWatch::InterruptWatch() {
 
 InterruptWatch::~InterruptWatch() { sigaction(SIGINT, &earlier, nullptr); }
 
-#endif
+bool InterruptWatch::hasCome() const { return interrupted.load(std::memory_order_relaxed); }
 
 }  // namespace quill::platform

@@ -1,15 +1,11 @@
 #include "platform/thread.h"
 
+#include <pthread.h>
+
 #include <chrono>
 #include <cstring>
 #include <thread>
 
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include <pthread.h>
-#include <sched.h>
-#endif
 #ifdef __linux__
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -17,35 +13,6 @@
 #endif
 
 namespace quill::platform {
-
-#ifdef _WIN32
-
-unsigned long __stdcall Thread::run(void* self) {
-  const Start start = static_cast<Thread*>(self)->start_;
-  start.entry(start.argument);
-  return 0;
-}
-
-bool Thread::start(Entry entry, void* argument, std::size_t stackBytes) {
-  start_ = {entry, argument};
-  HANDLE handle = CreateThread(nullptr, stackBytes, run, this, CREATE_SUSPENDED, nullptr);
-  if (handle == nullptr) return false;
-  SetThreadPriority(handle, THREAD_PRIORITY_BELOW_NORMAL);
-  ResumeThread(handle);
-  handle_ = reinterpret_cast<unsigned long long>(handle);
-  running_ = true;
-  return true;
-}
-
-void Thread::join() {
-  if (!running_) return;
-  HANDLE handle = reinterpret_cast<HANDLE>(handle_);
-  WaitForSingleObject(handle, INFINITE);
-  CloseHandle(handle);
-  running_ = false;
-}
-
-#else
 
 namespace {
 
@@ -58,12 +25,14 @@ void lowerPriority() {
 
 }  // namespace
 
-void* Thread::run(void* self) {
-  const Start start = static_cast<Thread*>(self)->start_;
-  lowerPriority();
-  start.entry(start.argument);
-  return nullptr;
-}
+struct SystemEntry {
+  static void* run(void* self) {
+    const Thread::Start start = static_cast<Thread*>(self)->start_;
+    lowerPriority();
+    start.entry(start.argument);
+    return nullptr;
+  }
+};
 
 bool Thread::start(Entry entry, void* argument, std::size_t stackBytes) {
   start_ = {entry, argument};
@@ -71,7 +40,7 @@ bool Thread::start(Entry entry, void* argument, std::size_t stackBytes) {
   if (pthread_attr_init(&attributes) != 0) return false;
   pthread_t handle{};
   const bool created = pthread_attr_setstacksize(&attributes, stackBytes) == 0 &&
-                       pthread_create(&handle, &attributes, run, this) == 0;
+                       pthread_create(&handle, &attributes, SystemEntry::run, this) == 0;
   pthread_attr_destroy(&attributes);
   if (!created) return false;
   static_assert(sizeof(pthread_t) <= sizeof(handle_));
@@ -87,8 +56,6 @@ void Thread::join() {
   pthread_join(handle, nullptr);
   running_ = false;
 }
-
-#endif
 
 void yieldThread() { std::this_thread::yield(); }
 
