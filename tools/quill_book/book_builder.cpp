@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cassert>
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -13,6 +12,7 @@
 #include "board/make_move.h"
 #include "board/notation.h"
 #include "book/book.h"
+#include "platform/files.h"
 
 namespace quill {
 
@@ -49,10 +49,7 @@ std::string createBeside(const std::string& path) {
   constexpr int MaxAttempts = 100;
   for (int i = 0; i < MaxAttempts; ++i) {
     const std::string name = path + ".part" + (i == 0 ? "" : std::to_string(i));
-    if (std::FILE* file = std::fopen(name.c_str(), "wbx")) {
-      std::fclose(file);
-      return name;
-    }
+    if (platform::createNewFile(name.c_str())) return name;
     if (errno != EEXIST) break;
   }
   return {};

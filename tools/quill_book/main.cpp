@@ -1,6 +1,4 @@
 // quill-book: makes opening books from games, shows what they hold and checks them.
-#include <unistd.h>
-
 #include <cinttypes>
 #include <cstdio>
 #include <filesystem>
@@ -13,6 +11,7 @@
 #include "board/fen.h"
 #include "board/zobrist.h"
 #include "book/book_selector.h"
+#include "platform/files.h"
 #include "quill_book/book_builder.h"
 #include "quill_book/book_check.h"
 #include "quill_book/command_line.h"
@@ -35,7 +34,7 @@ bool isReadable(const std::string& path) {
   const auto type = std::filesystem::status(path, error).type();
   if (type == std::filesystem::file_type::not_found) return complain(path, "no such file");
   if (type == std::filesystem::file_type::directory) return complain(path, "is a directory");
-  return access(path.c_str(), R_OK) == 0 || complain(path, "can't be read");
+  return platform::mayRead(path.c_str()) || complain(path, "can't be read");
 }
 
 // Whether the book may be written: only an old book gives way to it, never the games that it is
@@ -53,8 +52,8 @@ bool isWritable(const std::string& book, const std::vector<std::string>& games) 
   if (std::filesystem::exists(old) && !std::filesystem::is_regular_file(old)) {
     return complain(book, "is not a regular file");
   }
-  const std::filesystem::path folder = std::filesystem::path(book).parent_path();
-  return access(folder.empty() ? "." : folder.c_str(), W_OK) == 0 ||
+  const std::string folder = std::filesystem::path(book).parent_path().string();
+  return platform::mayWrite(folder.empty() ? "." : folder.c_str()) ||
          complain(book, "can't be written");
 }
 
@@ -74,7 +73,7 @@ class Progress {
 
  private:
   static constexpr std::uint64_t GamesPerUpdate = 1000;
-  const bool watched_ = isatty(STDERR_FILENO) != 0;
+  const bool watched_ = platform::isTerminal(stderr);
   bool shown_ = false;
 };
 
