@@ -89,7 +89,7 @@ EngineString trimmed(const char* begin, const char* end) {
 }  // namespace
 
 bool Settings::load(const char* path) {
-  std::FILE* file = std::fopen(path, "r");
+  std::FILE* file = std::fopen(path, "rb");
   if (file == nullptr) return false;
 
   LineReader reader(file);
