@@ -3,13 +3,9 @@
 #include <cstdlib>
 
 #include "board/notation.h"
-<<<<<<< HEAD
 #include "eval/evaluate.h"
-#include "platform/standard_error.h"
-#include "search/tt.h"
-=======
 #include "platform/standard_streams.h"
->>>>>>> f221e83 (Give each operating system sources of its own)
+#include "search/tt.h"
 #include "shell/log.h"
 #include "smp/thread_pool.h"
 #include "uci/names.h"
