@@ -141,7 +141,8 @@ class Game:
             if answer.seconds > self.movetime + 1:
                 return f"time forfeit: {answer.seconds:.2f} s for a move"
         elif not clock.spend(answer.seconds):
-            return f"time forfeit: {-clock.left:.2f} s over"
+            took = f"{answer.seconds:.3f} s with {clock.left + answer.seconds:.3f} s left"
+            return f"time forfeit: {took}"
         if answer.move not in self.position.legal_moves():
             return f"illegal move: {answer.move} in {self.position.fen()}"
         if self.scores is not None:

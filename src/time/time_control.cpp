@@ -39,7 +39,9 @@ void TimeControl::configure(const SearchLimits& limits, Colour stm) {
   } else if (limits.moveTime >= 0) {
     setMoveTime(static_cast<std::uint32_t>(leftBeside(limits.overhead, limits.moveTime)));
   } else if (clock >= 0) {
-    allocateTime(leftBeside(limits.overhead, clock) - limits.reserve,
+    const std::int64_t left = leftBeside(limits.overhead, clock);
+    const std::int64_t ahead = std::int64_t{profile_->overheadsAhead} * limits.overhead;
+    allocateTime(left - std::min(ahead, left / 2) - limits.reserve,
                  std::max(limits.increment[static_cast<unsigned>(stm)], 0), limits.movesToGo);
   } else if (limits.movesToGo >= 0 && limits.nodes != 0) {
     allocateNodes(limits.nodes, limits.movesToGo);

@@ -21,11 +21,12 @@ struct TimeProfile {
   std::array<double, PhaseCount> phaseFactor;
   // A thought that was begun on the opponent's clock is worth spending more on.
   double ponderFactor;
-  int maxMovesToGo;   // moves to the time control are planned for up to this number
-  int suddenDeath;    // moves that are planned for when the GUI names none: without an increment
-  int withIncrement;  // and with one
+  int maxMovesToGo;       // moves to the time control are planned for up to this number
+  int suddenDeath;        // moves planned for when the GUI names none: without an increment
+  int withIncrement;      // and with one
   double incrementShare;  // of the increment that a move is given on top
   double reserveShare;    // of the clock, never planned with
+  int overheadsAhead;     // later moves whose overhead is held back, at most half of what is left
   std::uint32_t minTime;  // ms, planned with even when less is left
 };
 
@@ -37,6 +38,7 @@ inline constexpr TimeProfile ClassicTime = {
     .withIncrement = 33,
     .incrementShare = 1.0,
     .reserveShare = 0.0,
+    .overheadsAhead = 0,
     .minTime = 100,
 };
 
@@ -50,6 +52,7 @@ inline constexpr TimeProfile ModernTime = {
     .withIncrement = 25,
     .incrementShare = 0.75,
     .reserveShare = 0.05,
+    .overheadsAhead = 3,
     .minTime = 0,
 };
 
