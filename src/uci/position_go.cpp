@@ -39,7 +39,7 @@ void addMove(RootRequest& request, Move move) {
 void Uci::position(Tokenizer& words) {
   const UciStatus old = setStatus(Position);
   if (old == Position) log("uci: 2x position?\n");
-  if (old == Searching || old == Pondering) {
+  if (isRunning(old)) {
     std::fprintf(stderr, "uci::position(): search still running? status=%i\n", old);
     pool_.stopAll();
   }
@@ -187,9 +187,12 @@ SearchLimits Uci::readLimits(Tokenizer& words, RootRequest& request) const {
     const std::string_view word = words.nextWord();
     for (const auto& number : numbers) {
       if (!equalsIgnoreCase(word, number.name)) continue;
+      const bool isGiven = words.argsLeft();
       number.value = words.nextInt(number.value);
       if (&number.value == &limits.moveTime) limits.movesToGo = 1;
-      if (number.isTime && profile_->readsNegativeAsZero) number.value = std::max(number.value, 0);
+      if (isGiven && number.isTime && profile_->readsNegativeAsZero) {
+        number.value = std::max(number.value, 0);
+      }
       break;
     }
     if (equalsIgnoreCase(word, "nodes")) {
@@ -217,14 +220,15 @@ void Uci::readRequest(std::string_view word, Tokenizer& words, RootRequest& requ
   }
 }
 
-// Without a clock what limits the search is what was named, and nothing if nothing was.
+// Without a clock what limits the search is what was named. It ends only when it is told to if
+// nothing was, or only the moves to choose from.
 void Uci::completeLimits(SearchLimits& limits, const RootRequest& request) const {
   int& own = limits.clock[board_.stm];
   if (own < 0) own = limits.clock[board_.stm ^ 1];
-  if (own >= 0 || limits.moveTime >= 0 || limits.hasNoTimeLimit()) return;
-  const bool isLimited =
-      limits.depth != 0 || limits.nodes != 0 || request.mateIn != 0 || request.moveCount != 0;
-  (isLimited ? limits.untimed : limits.infinite) = true;
+  if (own >= 0 || limits.moveTime >= 0) return;
+  const bool isLimited = limits.depth != 0 || limits.nodes != 0 || request.mateIn != 0;
+  // A ponder search stays without a limit of time behind "ponderhit".
+  (isLimited || limits.ponder ? limits.untimed : limits.infinite) = true;
 }
 
 }  // namespace quill

@@ -26,10 +26,6 @@ void redirectErrors(const std::string& name) {
   if (std::freopen(path, "a", stderr) != nullptr) std::setvbuf(stderr, nullptr, _IONBF, 0);
 }
 
-constexpr bool isRunning(UciStatus status) {
-  return status == Searching || status == Pondering || status == Analysing;
-}
-
 }  // namespace
 
 Uci::Uci(ThreadPool& pool, EvalTables& evalTables, Book& bookFile, BookSelector& book,

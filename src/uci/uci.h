@@ -42,6 +42,11 @@ enum UciStatus : int {
   Analysing = 5,  // an infinite search: the answer waits for "stop"
 };
 
+// Whether a search has been started whose end is still to come.
+constexpr bool isRunning(UciStatus status) {
+  return status == Searching || status == Pondering || status == Analysing;
+}
+
 class Uci final : public SearchListener {
  public:
   // Protocol lines go to out. All arguments must outlive the object.
