@@ -9,9 +9,11 @@ namespace quill {
 
 std::string openBook(Book& book, const std::string& name, bool widely) {
   const std::filesystem::path own = name;
-  const std::filesystem::path folders[] = {"", platform::programFolder(), QUILL_DATA_DIR};
+  const std::filesystem::path program = platform::programFolder();
+  const std::filesystem::path data = (program / QUILL_DATA_DIR).lexically_normal();
+  const std::filesystem::path folders[] = {"", program, data};
   for (const auto& folder : folders) {
-    if (folder.empty() && &folder != folders) continue;
+    if (program.empty() && &folder != folders) break;
     const std::string path = (folder / own).string();
     // Tried apart: a file that is no book must not close the one in use.
     if (Book trial; trial.open(path.c_str()) && book.open(path.c_str())) return path;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <string>
 
 #include "board/attacks.h"
@@ -20,16 +21,22 @@ namespace {
 constexpr char DefaultSettingsFile[] = "quill.ini";
 constexpr char DefaultBookFile[] = "quill.bbk";
 
-// The named file, or the default one. A named one that is not in the current folder may lie beside
-// the program, with which GUIs start it from anywhere.
-void loadSettings(Engine& engine, const char* file) {
-  const std::string name = file == nullptr ? DefaultSettingsFile : file;
-  if (engine.settings.load(name.c_str())) {
-    std::printf("inifile=%s\n", name.c_str());
-  } else if (file != nullptr) {
-    const std::string beside = (platform::programFolder() / name).string();
-    if (engine.settings.load(beside.c_str())) std::printf("inifile=%s\n", beside.c_str());
-  }
+bool loadSettings(Engine& engine, const std::filesystem::path& path) {
+  const std::string name = path.string();
+  if (!engine.settings.load(name.c_str())) return false;
+  std::printf("inifile=%s\n", name.c_str());
+  return true;
+}
+
+// The named file, or the default one. GUIs start the program from anywhere: a named file that is not
+// in the current folder may lie beside the program, the default one where the build installs it.
+void findSettings(Engine& engine, const char* named) {
+  const std::filesystem::path file = named == nullptr ? DefaultSettingsFile : named;
+  if (loadSettings(engine, file)) return;
+  const std::filesystem::path program = platform::programFolder();
+  if (program.empty()) return;
+  const auto folder = named == nullptr ? program / QUILL_SETTINGS_DIR : program;
+  loadSettings(engine, (folder / file).lexically_normal());
 }
 
 // How to speak the protocol, and what the settings change of it.
@@ -93,7 +100,7 @@ std::unique_ptr<Engine> createEngine() {
 }
 
 void startEngine(Engine& engine, const char* settingsFile) {
-  loadSettings(engine, settingsFile);
+  findSettings(engine, settingsFile);
   std::printf("\n");
   applyProfile(engine);
 

@@ -19,8 +19,9 @@ int checkProcessor(bool hasSse2, bool hasPopcnt);
 // Builds the read-only tables and the engine's objects. To be called once.
 std::unique_ptr<Engine> createEngine();
 
-// Reads the settings file (nullptr: the default one), sets the start position, opens the book,
-// sizes the table and starts the threads. Reports its progress on standard output.
+// Reads the settings file (nullptr: quill.ini, or else the one that was installed), sets the start
+// position, opens the book, sizes the table and starts the threads. Reports its progress on standard
+// output.
 void startEngine(Engine& engine, const char* settingsFile);
 
 }  // namespace quill
