@@ -9,6 +9,9 @@ target_include_directories(quill_flags INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_options(quill_flags INTERFACE
   -mpopcnt -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
 target_link_libraries(quill_flags INTERFACE Threads::Threads)
+if(QUILL_STATIC)
+  target_link_options(quill_flags INTERFACE -static)
+endif()
 if(QUILL_SANITIZE)
   target_compile_options(quill_flags INTERFACE
     -fsanitize=${QUILL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
