@@ -4,10 +4,15 @@ find_package(Threads REQUIRED)
 
 add_library(quill_flags INTERFACE)
 target_include_directories(quill_flags INTERFACE ${PROJECT_SOURCE_DIR}/src)
-# SSE2 is part of x86-64. POPCNT is the only instruction used beyond that, so that the program runs
-# on any processor that has it.
+# SSE2 is part of x86-64. POPCNT is the only instruction that a portable program uses beyond that, so
+# that it runs on any processor that has it.
+if(NOT QUILL_PORTABLE)
+  target_compile_options(quill_flags INTERFACE -march=native)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
+  target_compile_options(quill_flags INTERFACE -mpopcnt)
+endif()
 target_compile_options(quill_flags INTERFACE
-  -mpopcnt -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
 target_link_libraries(quill_flags INTERFACE Threads::Threads)
 if(QUILL_STATIC)
   target_link_options(quill_flags INTERFACE -static)
@@ -16,6 +21,22 @@ if(QUILL_SANITIZE)
   target_compile_options(quill_flags INTERFACE
     -fsanitize=${QUILL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(quill_flags INTERFACE -fsanitize=${QUILL_SANITIZE})
+endif()
+
+# A release is the same wherever it is built: its programs name no folder of the machine.
+target_compile_options(quill_flags INTERFACE $<$<CONFIG:Release>:
+  -ffile-prefix-map=${PROJECT_BINARY_DIR}=. -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
+
+# scripts/release uses these two, with g++. The record lies beside the object files.
+set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ${QUILL_LTO})
+if(QUILL_PROFILE STREQUAL "generate")
+  target_compile_options(quill_flags INTERFACE -fprofile-generate)
+  target_link_options(quill_flags INTERFACE -fprofile-generate)
+elseif(QUILL_PROFILE STREQUAL "use")
+  # There is none of what a training run does not link: quill-book.
+  target_compile_options(quill_flags INTERFACE -fprofile-use -Wno-missing-profile)
+elseif(QUILL_PROFILE)
+  message(FATAL_ERROR "QUILL_PROFILE is neither generate nor use: ${QUILL_PROFILE}")
 endif()
 
 # quill_library(NAME SOURCES file... [LINK library...]): a library of the engine. A file can be a
