@@ -17,6 +17,10 @@ void RootMoveList::clear() {
   count = 0;
 }
 
+void RootMoveList::bringToFront(int slot) {
+  std::rotate(order.begin(), order.begin() + slot, order.begin() + slot + 1);
+}
+
 Move RootMoveList::ponderMove() const {
   const Move* line = lineAt(0);
   return line[0] == NoMove ? NoMove : line[1];

@@ -37,6 +37,8 @@ struct RootMoveList {
   const Move* lineAt(int slot) const { return lines[order[static_cast<unsigned>(slot)]].data(); }
 
   Move bestMove() const { return at(0).move; }
+  // Makes the move at the slot the first one; those before it keep their order.
+  void bringToFront(int slot);
   // The second move of the best line, 0 when there is none.
   Move ponderMove() const;
 };

@@ -15,8 +15,8 @@ void SearchState::reset(SearchListener* newListener, bool isQuiet, const RootReq
   listener = newListener;
   quiet = isQuiet;
   request = newRequest;
-  activeMultiPv = std::max(1, multiPv);
-  activeMultiPvMargin = multiPvMargin;
+  activeMultiPv = std::max(1, request.lines != 0 ? request.lines : multiPv);
+  activeMultiPvMargin = request.lines != 0 ? request.margin : multiPvMargin;
   rootMoves.clear();
   iterationDepth = 0;
   rootStop.store(false, std::memory_order_relaxed);

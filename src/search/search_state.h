@@ -37,6 +37,9 @@ struct RootRequest {
   std::array<Move, MaxMoves> moves;  // legal ones, each once: no other is searched
   int moveCount = 0;                 // 0 = all
   int mateIn = 0;                    // moves; a mate in no more of them ends the search, 0 = none
+  int lines = 0;                     // to follow, in place of the options: 0 = as these say
+  int margin = 0;                    // with lines: centipawns, as the option means it
+  bool isAlone = false;              // the master searches without help, so that it is reproducible
 };
 
 // How far below the best line further lines are followed, in centipawns, unless an option says.

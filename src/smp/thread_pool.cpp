@@ -39,9 +39,10 @@ void assertSettled([[maybe_unused]] SearchState& state) {
   }
 }
 
-// The master's part of a search: the whole of it, with the slaves at its disposal.
+// The master's part of a search: the whole of it, with the slaves at its disposal unless it is to
+// do without.
 void runMaster(SearchState& state) {
-  const auto slaves = state.workers.subspan(1);
+  const auto slaves = state.workers.subspan(state.request.isAlone ? state.workers.size() : 1);
   for (const auto& slave : slaves) wakeWorker(*slave);
   think(state);
   for (const auto& slave : slaves) stopWorker(*slave);

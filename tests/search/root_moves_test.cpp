@@ -71,6 +71,14 @@ TEST(RootMoves, TailIsSortedByNodesAndTheLinesStay) {
   }
 }
 
+TEST(RootMoves, OneComesToTheFrontAndTheOthersKeepTheirOrder) {
+  RootMoveList list = listOf({{50, 1}, {40, 1}, {30, 1}, {20, 1}});
+  list.bringToFront(2);
+  EXPECT_EQ(movesOf(list), (std::vector<Move>{3, 1, 2, 4}));
+  list.bringToFront(0);
+  EXPECT_EQ(list.bestMove(), 3u);
+}
+
 TEST(RootMoves, LowestLineIsAmongTheLinesAlone) {
   const RootMoveList list = listOf({{50, 1}, {70, 1}, {-300, 1}});
   const std::pair<int, int> cases[] = {{0, 50}, {2, 50}, {3, -300}, {256, -300}};
