@@ -11,6 +11,7 @@
 #include "smp/thread_pool.h"
 #include "time/time_control.h"
 #include "uci/names.h"
+#include "uci/strength.h"
 
 namespace quill {
 
@@ -91,6 +92,8 @@ const Options::Option Options::Table[] = {
     {"Book File",                  Text,   0,                    0, 0,          false, Plain, Late,   0, &Options::setBookFile},
     // ms; the default is the profile's, or what the settings file says
     {"Move Overhead",              Spin,   0,                    0, 5000,       false, Plain, Late,   0, &Options::setMoveOverhead},
+    {"UCI_LimitStrength",          Check,  0,                    0, 1,          false, Plain, Late,   0, &Options::setLimitStrength},
+    {"UCI_Elo",                    Spin,   MaxElo,               MinElo, MaxElo, false, Plain, Late,  0, &Options::setElo},
     // percent
     {"eval.mobility.opening",      Spin,   100,                  0, 1000,       true,  Wide,  Common, MobilityOpening, &Options::setWeight},
     {"eval.mobility.endgame",      Spin,   100,                  0, 1000,       true,  Wide,  Common, MobilityEndgame, &Options::setWeight},
@@ -171,6 +174,14 @@ std::string Options::set(const Option& option, Tokenizer& words) {
 }
 
 void Options::setAnalyseMode(const Option&, Tokenizer& words) { analyseMode_ = readBool(words); }
+
+void Options::setLimitStrength(const Option&, Tokenizer& words) {
+  limitsStrength_ = readBool(words);
+}
+
+void Options::setElo(const Option& option, Tokenizer& words) {
+  elo_ = option.clamped(readInt(words, option.defaultValue));
+}
 
 void Options::setMoveOverhead(const Option& option, Tokenizer& words) {
   overhead_ = static_cast<std::uint32_t>(option.clamped(readInt(words, defaultOf(option))));

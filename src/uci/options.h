@@ -11,6 +11,7 @@
 
 #include "shell/text.h"
 #include "uci/profile.h"
+#include "uci/strength.h"
 
 namespace quill {
 
@@ -49,6 +50,9 @@ class Options {
   // Milliseconds of each move that pass outside the engine.
   std::uint32_t overhead() const { return overhead_; }
   void setOverhead(std::uint32_t ms) { overhead_ = ms; }
+  // Whether moves are to be those of a player of the rating elo().
+  bool limitsStrength() const { return limitsStrength_; }
+  int elo() const { return elo_; }
   bool analyseMode() const { return analyseMode_; }
   bool ownBook() const { return ownBook_; }
   bool sendPv() const { return sendPv_.load(std::memory_order_relaxed); }
@@ -61,6 +65,8 @@ class Options {
 
   void setAnalyseMode(const Option& option, Tokenizer& words);
   void setMoveOverhead(const Option& option, Tokenizer& words);
+  void setLimitStrength(const Option& option, Tokenizer& words);
+  void setElo(const Option& option, Tokenizer& words);
   void setBookFile(const Option& option, Tokenizer& words);
   void setOpponent(const Option& option, Tokenizer& words);
   void setMultiPv(const Option& option, Tokenizer& words);
@@ -81,6 +87,8 @@ class Options {
   std::string complaint_;  // of the set that runs
   std::string bookName_;
   std::uint32_t overhead_ = 0;  // ms
+  bool limitsStrength_ = false;
+  int elo_ = MaxElo;
   bool analyseMode_ = false;
   EngineString opponentName_;
   EngineString opponentTitle_;

@@ -101,7 +101,7 @@ void Uci::go(Tokenizer& words) {
     old = Finished;
   }
   RootRequest request;
-  const SearchLimits limits = readLimits(words, request);
+  SearchLimits limits = readLimits(words, request);
   if (mayPlayFromBook(limits, request) && probeBook()) {
     lastGoPly_ = 0;
     setStatus(Finished);
@@ -115,6 +115,7 @@ void Uci::go(Tokenizer& words) {
                                                         : Searching);
   if (old != Position) std::fprintf(stderr, "Expected current status==POSITION, got %i\n", old);
 
+  limitStrength(limits, request);
   TimeControl& control = pool_.state.timeControl;
   control.configure(limits, board_.stm);
   const bool isTimed = limits.moveTime >= 0 || limits.clock[board_.stm] >= 0;
@@ -128,6 +129,23 @@ void Uci::go(Tokenizer& words) {
       static_cast<int>(std::min<std::uint64_t>(control.nodeLimit(), INT_MAX)));
   if (debug_) tellBudgets();
   pool_.startSearch(this, uciMode_, request);
+}
+
+void Uci::limitStrength(SearchLimits& limits, RootRequest& request) {
+  const SearchState& state = pool_.state;
+  wantedLines_ = std::max(1, state.multiPv);
+  strength_.reset();
+  // Analysis is always the best there is.
+  const bool isAnalysis = limits.infinite || request.mateIn != 0 || options_.analyseMode();
+  if (!options_.limitsStrength() || isAnalysis) return;
+  strength_ = Strength::of(options_.elo());
+  if (limits.nodes == 0 || limits.nodes > strength_->nodes) limits.nodes = strength_->nodes;
+  request.isAlone = true;
+  request.lines = std::max(wantedLines_, strength_->lines);
+  request.margin = strength_->width;
+  // Lines that are shown are followed as far down as the GUI wants them.
+  const int margin = state.multiPvMargin;
+  if (wantedLines_ > 1 && (margin == 0 || margin > request.margin)) request.margin = margin;
 }
 
 void Uci::tellBudgets() {

@@ -191,9 +191,11 @@ void Uci::ponderhit(Tokenizer& /*words*/) {
 }
 
 void Uci::searchFinished(int depth, int /*score*/, Move /*move*/) {
+  RootMoveList& moves = pool_.state.rootMoves;
+  if (strength_) moves.bringToFront(drawRootMove(moves, *strength_, board_.key));
   printFinalBlock(depth);
   throttle_.reset();  // for the next search
-  answer_ = {pool_.state.rootMoves.bestMove(), pool_.state.rootMoves.ponderMove()};
+  answer_ = {moves.bestMove(), moves.ponderMove()};
   const Answer answer = answer_;  // the member may change once the status has changed
   UciStatus status;
   {
@@ -224,15 +226,25 @@ void Uci::reportCurrentMove(int depth, int moveIndex, Move move) {
 }
 
 void Uci::reportPv(int depth, int score, Move move) {
-  if (!options_.sendPv()) return;
+  if (!options_.sendPv() || !isShown(move)) return;
   if (!throttle_.admitsPv(depth, score, move, pool_.state.timeControl.elapsed())) return;
   printPvBlock(depth);
   throttle_.pvShown(depth, score, move);
 }
 
+int Uci::shownLines() const { return lineCount(pool_.state.rootMoves, wantedLines_); }
+
+bool Uci::isShown(Move move) const {
+  const RootMoveList& moves = pool_.state.rootMoves;
+  for (int i = 0; i < shownLines(); ++i) {
+    if (moves.at(i).move == move) return true;
+  }
+  return false;
+}
+
 void Uci::printPvBlock(int filterDepth) {
-  const PvBlockOptions options = {lineCount(pool_.state.rootMoves, pool_.state.activeMultiPv),
-                                  filterDepth, options_.sendPv(), profile_->promotions};
+  const PvBlockOptions options = {shownLines(), filterDepth, options_.sendPv(),
+                                  profile_->promotions};
   send(pvBlock(pool_.state.rootMoves, options,
                SearchSnapshot::of(pool_.state, pool_.state.timeControl.elapsed())));
 }
@@ -256,7 +268,7 @@ void Uci::printFinalBlock(int depth) {
     line[0] = best.move;
     line[1] = NoMove;
   }
-  const PvBlockOptions options = {.lines = lineCount(moves, state.activeMultiPv),
+  const PvBlockOptions options = {.lines = shownLines(),
                                   .filterDepth = depth,
                                   .sendPv = true,
                                   .promotions = profile_->promotions,

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "board/move.h"
@@ -23,6 +24,7 @@
 #include "uci/info.h"
 #include "uci/options.h"
 #include "uci/profile.h"
+#include "uci/strength.h"
 
 namespace quill {
 
@@ -106,6 +108,8 @@ class Uci final : public SearchListener {
   SearchLimits readLimits(Tokenizer& words, RootRequest& request) const;
   void readRequest(std::string_view word, Tokenizer& words, RootRequest& request) const;
   void completeLimits(SearchLimits& limits, const RootRequest& request) const;
+  // Notes how the search that is about to start is to be played and shown, and asks it for that.
+  void limitStrength(SearchLimits& limits, RootRequest& request);
   // What limits the search that is about to start, for "debug on".
   void tellBudgets();
   // Whether the search of a "go" may be replaced by a look into the book.
@@ -113,6 +117,9 @@ class Uci final : public SearchListener {
   // The next position belongs to another game.
   void forgetGame();
 
+  // Lines to show, at most the number of root moves.
+  int shownLines() const;
+  bool isShown(Move move) const;
   void printPvBlock(int filterDepth);
   // The last lines of a search, at its end.
   void printFinalBlock(int depth);
@@ -141,6 +148,9 @@ class Uci final : public SearchListener {
   int lastBookPly_ = 0;  // game ply of the last book move, 0 = none
   Answer answer_;        // the last one, to be sent again on request
   InfoThrottle throttle_;
+  // Of the last search: the lines that the GUI wants, and the player that it is to be, if weaker.
+  int wantedLines_ = 1;
+  std::optional<Strength> strength_;
 };
 
 }  // namespace quill
