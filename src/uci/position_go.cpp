@@ -132,17 +132,16 @@ void Uci::go(Tokenizer& words) {
 }
 
 void Uci::limitStrength(SearchLimits& limits, RootRequest& request) {
-  const SearchState& state = pool_.state;
-  wantedLines_ = std::max(1, state.multiPv);
-  strength_.reset();
   // Analysis is always the best there is.
   const bool isAnalysis = limits.infinite || request.mateIn != 0 || options_.analyseMode();
   if (!options_.limitsStrength() || isAnalysis) return;
+  const SearchState& state = pool_.state;
+  wantedLines_ = std::max(1, state.multiPv);
   strength_ = Strength::of(options_.elo());
-  if (limits.nodes == 0 || limits.nodes > strength_->nodes) limits.nodes = strength_->nodes;
+  if (limits.nodes == 0 || limits.nodes > strength_.nodes) limits.nodes = strength_.nodes;
   request.isAlone = true;
-  request.lines = std::max(wantedLines_, strength_->lines);
-  request.margin = strength_->width;
+  request.lines = std::max(wantedLines_, strength_.lines);
+  request.margin = strength_.width;
   // Lines that are shown are followed as far down as the GUI wants them.
   const int margin = state.multiPvMargin;
   if (wantedLines_ > 1 && (margin == 0 || margin > request.margin)) request.margin = margin;

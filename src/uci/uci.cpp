@@ -192,7 +192,9 @@ void Uci::ponderhit(Tokenizer& /*words*/) {
 
 void Uci::searchFinished(int depth, int /*score*/, Move /*move*/) {
   RootMoveList& moves = pool_.state.rootMoves;
-  if (strength_) moves.bringToFront(drawRootMove(moves, *strength_, board_.key));
+  if (pool_.state.request.lines != 0) {
+    moves.bringToFront(drawRootMove(moves, strength_, board_.key));
+  }
   printFinalBlock(depth);
   throttle_.reset();  // for the next search
   answer_ = {moves.bestMove(), moves.ponderMove()};
@@ -232,7 +234,10 @@ void Uci::reportPv(int depth, int score, Move move) {
   throttle_.pvShown(depth, score, move);
 }
 
-int Uci::shownLines() const { return lineCount(pool_.state.rootMoves, wantedLines_); }
+int Uci::shownLines() const {
+  const SearchState& state = pool_.state;
+  return lineCount(state.rootMoves, state.request.lines != 0 ? wantedLines_ : state.activeMultiPv);
+}
 
 bool Uci::isShown(Move move) const {
   const RootMoveList& moves = pool_.state.rootMoves;

@@ -14,7 +14,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <mutex>
-#include <optional>
 #include <string>
 
 #include "board/move.h"
@@ -148,9 +147,9 @@ class Uci final : public SearchListener {
   int lastBookPly_ = 0;  // game ply of the last book move, 0 = none
   Answer answer_;        // the last one, to be sent again on request
   InfoThrottle throttle_;
-  // Of the last search: the lines that the GUI wants, and the player that it is to be, if weaker.
+  // Of a search whose request names its lines: those that the GUI wants, and the player to be.
   int wantedLines_ = 1;
-  std::optional<Strength> strength_;
+  Strength strength_{};
 };
 
 }  // namespace quill
