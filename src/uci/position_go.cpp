@@ -46,7 +46,7 @@ void Uci::position(Tokenizer& words) {
   pool_.waitIdle();
   setStatus(Position);  // the search that ended meanwhile has set its own
   // The GUI has moved on without "ponderhit" or "stop".
-  if (old == Withheld) sendBestMove(answer_);
+  if (isWithheld(old)) sendBestMove(answer_);
 
   if (setPosition(words)) playMoves(words);
   if (logStream() != nullptr) printBoard(board_, logStream());
@@ -95,7 +95,7 @@ void Uci::playMoves(Tokenizer& words) {
 
 void Uci::go(Tokenizer& words) {
   UciStatus old = stopRunningSearch();
-  if (old == Withheld) {
+  if (isWithheld(old)) {
     setStatus(Finished);
     sendBestMove(answer_);
     old = Finished;

@@ -143,6 +143,7 @@ void Uci::stop(Tokenizer& /*words*/) {
       repeatAnswer({answer_.best, NoMove});
       break;
     case Withheld:
+    case Analysed:
       repeatAnswer({answer_.best, profile_->answersOnce ? answer_.ponder : NoMove});
       break;
     case Position:
@@ -162,7 +163,7 @@ void Uci::stop(Tokenizer& /*words*/) {
 
 void Uci::ponderhit(Tokenizer& /*words*/) {
   const UciStatus old = changeStatus(Pondering, Searching);
-  if (profile_->answersOnce && (old == Finished || old == Position || old == Analysing)) return;
+  if (profile_->answersOnce && old != Pondering && old != Withheld) return;
   switch (old) {
     case Finished:
     case Withheld:
@@ -177,6 +178,7 @@ void Uci::ponderhit(Tokenizer& /*words*/) {
       break;
     case Searching:
     case Analysing:
+    case Analysed:
       std::fprintf(stderr, "uci::ponderhit status==SEARCHING, ponderhit ignored\n");
       break;
     case Pondering:
@@ -202,10 +204,10 @@ void Uci::searchFinished(int depth, int /*score*/, Move /*move*/) {
   UciStatus status;
   {
     const std::lock_guard guard(statusLock_);
-    status = status_ == Pondering || status_ == Analysing ? Withheld : Finished;
+    status = status_ == Pondering ? Withheld : status_ == Analysing ? Analysed : Finished;
     status_ = status;
   }
-  if (status == Withheld) {
+  if (isWithheld(status)) {
     trace("Uci:finish() delay sending bestmove, status is still 'pondering'\n");
   } else {
     sendBestMove(answer);
@@ -320,7 +322,7 @@ void Uci::finish() {
   } else {
     pool_.waitIdle();
   }
-  if (profile_->answersOnce && status() == Withheld) {
+  if (profile_->answersOnce && isWithheld(status())) {
     setStatus(Finished);
     sendBestMove(answer_);
   }

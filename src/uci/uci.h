@@ -41,12 +41,15 @@ enum UciStatus : int {
   Pondering = 3,  // the answer waits for "ponderhit" or "stop"
   Withheld = 4,   // a ponder search has ended by itself; its answer still waits
   Analysing = 5,  // an infinite search: the answer waits for "stop"
+  Analysed = 6,   // it has ended by itself; its answer still waits
 };
 
 // Whether a search has been started whose end is still to come.
 constexpr bool isRunning(UciStatus status) {
   return status == Searching || status == Pondering || status == Analysing;
 }
+// Whether a search has ended whose answer waits for a command.
+constexpr bool isWithheld(UciStatus status) { return status == Withheld || status == Analysed; }
 
 class Uci final : public SearchListener {
  public:
