@@ -20,6 +20,12 @@ std::int64_t scaled(double factor, std::int64_t unit, std::int64_t max) {
   return product >= static_cast<double>(max) ? max : static_cast<std::int64_t>(product);
 }
 
+// Milliseconds of the given ones that are left beside the overhead.
+std::int64_t leftBeside(std::uint32_t overhead, int ms) {
+  if (overhead == 0) return ms;
+  return std::max<std::int64_t>(std::int64_t{ms} - overhead, 0);
+}
+
 }  // namespace
 
 TimeControl::TimeControl(TickSource ticks)
@@ -46,6 +52,8 @@ void TimeControl::configure(const SearchLimits& limits, Colour stm) {
   } else if (limits.movesToGo >= 0 && limits.nodes != 0) {
     allocateNodes(limits.nodes, limits.movesToGo);
   }
+  // The clock ticks too coarsely to end a search after less than a millisecond.
+  if (profile_->minTime == 0 && phaseTime(NormalPhase) == 0) depthLimit_ = 1;
   enterPhase(NormalPhase);
 }
 
@@ -78,14 +86,6 @@ void TimeControl::setNodeLimit(std::uint64_t nodes) {
 }
 
 void TimeControl::setCanPonder(bool canPonder) { canPonder_ = canPonder; }
-
-std::int64_t TimeControl::leftBeside(std::uint32_t overhead, int ms) {
-  if (overhead == 0) return ms;
-  const std::int64_t left = std::max<std::int64_t>(std::int64_t{ms} - overhead, 0);
-  // The clock ticks too coarsely to end a search after less than a millisecond.
-  if (left == 0) depthLimit_ = 1;
-  return left;
-}
 
 int TimeControl::horizon(int movesToGo, int unknown) const {
   if (movesToGo < 1) return unknown;

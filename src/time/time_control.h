@@ -49,7 +49,8 @@ class TimeControl {
   void setProfile(const TimeProfile& profile) { profile_ = &profile; }
   // Takes the limits of the next search, for the side stm, computes the budgets of all phases from
   // them and enters the normal phase. Without a clock or a move time the time budgets stay. Where
-  // nothing is left beside the overhead the search ends with its first iteration.
+  // the profile plans with what is left alone, and that is too little for a budget, the search ends
+  // with its first iteration.
   void configure(const SearchLimits& limits, Colour stm = White);
   // The same time for every phase, ms, until a search is configured otherwise.
   void setMoveTime(std::uint32_t ms);
@@ -93,8 +94,6 @@ class TimeControl {
 
  private:
   void setNodeLimit(std::uint64_t nodes);
-  // Milliseconds of the given ones that are left beside the overhead.
-  std::int64_t leftBeside(std::uint32_t overhead, int ms);
   void allocateTime(std::int64_t available, std::int64_t increment, int movesToGo);
   void allocateNodes(std::uint64_t nodes, int movesToGo);
   int horizon(int movesToGo, int unknown) const;
