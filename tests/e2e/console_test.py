@@ -68,9 +68,9 @@ class StartUp(SessionTest):
 
 
 class Console(SessionTest):
-    def say(self, text):
+    def say(self, text, *args):
         """The output behind the start-up, with all prompts kept."""
-        result = self.run_session(text)
+        result = self.run_session(text, *args)
         self.err = result.err
         return result.out.split("\ninitialized\n", 1)[1]
 
@@ -78,6 +78,14 @@ class Console(SessionTest):
         self.assertRegex(self.say("xyz 1 2\n  quit  \nxyz\n"),
                          r"^% unknown command: 'xyz'\n% \d{10}:exit\(\)!\n\n$")
         self.assertEqual(self.say("a\tb\r\n"), "% unknown command: 'a\tb\r'\n% ")
+
+    def test_modern_hints_at_help_and_says_its_move(self):
+        text = self.say("xyz 1\nfen 7k/P7/8/8/8/8/8/K7 w - -\nmt 1\ng\ng tt\n"
+                        "fen 7k/6Q1/5K2/8/8/8/8/8 b - -\ng\n", "modern.ini")
+        self.assertTrue(text.startswith("% unknown command: 'xyz' (help lists the commands)\n"))
+        moves = re.findall(r"^.*move: .*$", text, re.MULTILINE)
+        self.assertEqual(moves, ["move: a8=Q+"] * 2, "and nothing when there is no move")
+        self.assertNotIn("move: ", self.say("mt 0\ng\n"))
 
     def test_help_lists_the_commands_of_the_manual(self):
         with open(os.path.join(ROOT, "docs", "uci.md"), encoding="utf-8") as file:
