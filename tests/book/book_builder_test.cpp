@@ -37,6 +37,7 @@ class BookMaking : public testing::Test {
     }
     games = builder.gamesCounted();
     withoutResult = builder.gamesWithoutResult();
+    ASSERT_FALSE(book.open(nullptr));  // closed: Windows does not replace an open file
     ASSERT_TRUE(builder.write(path));
     ASSERT_TRUE(book.open(path.c_str()));
     EXPECT_EQ(complaintsOf(path), "");

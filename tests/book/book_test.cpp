@@ -136,9 +136,11 @@ TEST_F(BookFile, HeaderMayBeMissingOrOfAnotherSize) {
 }
 
 TEST_F(BookFile, WhatIsNoBookIsNotOpened) {
-  ASSERT_EQ(std::system(("mkfifo " + folder.file("pipe")).c_str()), 0);
-  std::vector<std::string> paths = {folder.file("missing"), folder.file(""), "/dev/zero",
-                                    folder.file("pipe")};  // does not wait for a writer
+  std::vector<std::string> paths = {folder.file("missing"), folder.file(""), "/dev/zero"};
+#ifndef _WIN32
+  paths.push_back(folder.file("pipe"));  // does not wait for a writer
+  ASSERT_EQ(std::system(("mkfifo " + paths.back()).c_str()), 0);
+#endif
   for (const auto& [flags, size] :
        {std::pair{2u, 0u}, {2u, 10u}, {0u, 16u}, {6u, 16u}, {3u, 16u}, {1u, 10u}}) {
     const std::string bytes = headerBytes(flags, size) + std::string(160, '\1');

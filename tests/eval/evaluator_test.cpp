@@ -2,7 +2,9 @@
 #include "eval/pawns.h"
 
 #include <gtest/gtest.h>
+#ifdef __linux__
 #include <sys/resource.h>
+#endif
 
 #include "eval/trapped.h"
 #include "support/mirror.h"
@@ -100,7 +102,8 @@ TEST_F(EvaluatorTest, ResizedPawnHashIsAlignedEmptyAndAPowerOfTwo) {
   }
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(__clang__)
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && \
+    !defined(__clang__)
 TEST(PawnHashDeathTest, ExhaustedMemoryEndsTheProgramWithAMessage) {
   const auto exhaust = [] {
     const Board board;

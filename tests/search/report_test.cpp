@@ -6,13 +6,14 @@
 #include "board/make_move.h"
 #include "support/capture.h"
 #include "support/play.h"
+#include "support/regex.h"
 #include "support/search_kit.h"
 
 namespace quill {
 namespace {
 
+using test::ContainsRegex;
 using test::moveOf;
-using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;

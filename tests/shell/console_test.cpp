@@ -12,7 +12,7 @@ namespace {
 // The lines that are read from a file with the given bytes.
 std::vector<std::string> linesOf(const std::string& bytes, std::size_t limit) {
   const TestFolder folder;
-  std::FILE* in = std::fopen(folder.write("input", bytes).c_str(), "r");
+  std::FILE* in = std::fopen(folder.write("input", bytes).c_str(), "rb");
   InputLines input(in);
   std::vector<std::string> lines;
   for (std::string line; input.next(line, limit);) lines.push_back(line);

@@ -4,11 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "support/capture.h"
+#include "support/regex.h"
 
 namespace quill::test {
 namespace {
-
-using testing::MatchesRegex;
 
 TEST(Log, WritesToItsStreamUntilSwitchedOff) {
   LogCapture captured;

@@ -6,25 +6,22 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <random>
 
 #include "shell/log.h"
 
 namespace quill::test {
 
-Capture::Capture() : file_(std::tmpfile()) {}
+Capture::Capture() : path_(folder_.file("captured")), file_(std::fopen(path_.c_str(), "wb")) {}
 
 Capture::~Capture() { std::fclose(file_); }
 
 std::string Capture::text() {
   std::fflush(nullptr);  // a standard stream may have the file as its target
-  std::string bytes;
-  char buffer[4096];
-  // pread leaves the position that the writers share alone.
-  for (ssize_t n; (n = pread(fileno(file_), buffer, sizeof buffer,
-                             static_cast<off_t>(taken_ + bytes.size()))) > 0;) {
-    bytes.append(buffer, static_cast<std::size_t>(n));
-  }
-  return bytes;
+  std::ifstream file(path_, std::ios::binary);
+  file.seekg(static_cast<std::streamoff>(taken_));
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 std::string Capture::take() {
@@ -48,8 +45,11 @@ StreamCapture::~StreamCapture() {
   close(saved_);
 }
 
-TestFolder::TestFolder() : path_(testing::TempDir() + "quill_test_XXXXXX") {
-  EXPECT_NE(mkdtemp(path_.data()), nullptr);
+TestFolder::TestFolder() {
+  std::random_device random;
+  do {
+    path_ = testing::TempDir() + "quill_test_" + std::to_string(random());
+  } while (!std::filesystem::create_directory(path_));
 }
 
 TestFolder::~TestFolder() {

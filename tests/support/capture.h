@@ -6,6 +6,22 @@
 
 namespace quill::test {
 
+// A folder of the test's own that goes away with it.
+class TestFolder {
+ public:
+  TestFolder();
+  ~TestFolder();
+  TestFolder(const TestFolder&) = delete;
+  TestFolder& operator=(const TestFolder&) = delete;
+
+  std::string file(const std::string& name) const { return path_ + '/' + name; }
+  // Gives the file these bytes; answers its path.
+  std::string write(const std::string& name, const std::string& bytes) const;
+
+ private:
+  std::string path_;
+};
+
 // A stream that keeps what is written to it.
 class Capture {
  public:
@@ -20,7 +36,9 @@ class Capture {
   std::string take();
 
  private:
-  std::FILE* file_;
+  const TestFolder folder_;
+  const std::string path_;
+  std::FILE* const file_;
   std::size_t taken_ = 0;
 };
 
@@ -40,22 +58,6 @@ class StreamCapture : public Capture {
  private:
   std::FILE* stream_;
   int saved_;  // descriptor of the stream's real target
-};
-
-// A folder of the test's own that goes away with it.
-class TestFolder {
- public:
-  TestFolder();
-  ~TestFolder();
-  TestFolder(const TestFolder&) = delete;
-  TestFolder& operator=(const TestFolder&) = delete;
-
-  std::string file(const std::string& name) const { return path_ + '/' + name; }
-  // Gives the file these bytes; answers its path.
-  std::string write(const std::string& name, const std::string& bytes) const;
-
- private:
-  std::string path_;
 };
 
 }  // namespace quill::test

@@ -1,12 +1,13 @@
 #include "uci/options.h"
 
+#include "support/regex.h"
 #include "uci/uci_fixture.h"
 
 namespace quill {
 namespace {
 
+using test::MatchesRegex;
 using testing::HasSubstr;
-using testing::MatchesRegex;
 using testing::SizeIs;
 using Options = test::UciTest;
 

@@ -2,16 +2,17 @@
 
 #include "platform/thread.h"
 #include "shell/log.h"
+#include "support/regex.h"
 #include "uci/uci_fixture.h"
 
 namespace quill {
 namespace {
 
-using testing::ContainsRegex;
+using test::ContainsRegex;
+using test::MatchesRegex;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::MatchesRegex;
 using testing::SizeIs;
 using Commands = test::UciTest;
 
