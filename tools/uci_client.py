@@ -15,6 +15,13 @@ class EngineError(Exception):
     """The engine died, or said nothing for too long."""
 
 
+def command_words(command):
+    """The words of a command, given as such or as one text. Names of files are made absolute, so
+    that the command works in any folder."""
+    words = shlex.split(command) if isinstance(command, str) else list(command)
+    return [os.path.abspath(word) if os.path.isfile(word) else word for word in words]
+
+
 class Engine:
     """A running engine. Every wait has an end: an engine that hangs raises EngineError.
 
@@ -23,8 +30,7 @@ class Engine:
     """
 
     def __init__(self, command, options=(), cwd=None, name=None, timeout=30.0, env=None):
-        words = shlex.split(command) if isinstance(command, str) else list(command)
-        words = [os.path.abspath(word) if os.path.isfile(word) else word for word in words]
+        words = command_words(command)
         self.name = name or os.path.basename(words[0])
         self.timeout = timeout
         self.folder = None if cwd else tempfile.TemporaryDirectory(prefix="engine")

@@ -6,7 +6,7 @@ import signal
 import subprocess
 import unittest
 
-from session import QUILL, START_FEN, TIMEOUT, SessionTest
+from session import ON_WINDOWS, QUILL, START_FEN, TIMEOUT, SessionTest
 
 BANNER = "quill-1.0\n\n"
 ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
@@ -77,7 +77,9 @@ class Console(SessionTest):
     def test_unknown_words_are_named(self):
         self.assertRegex(self.say("xyz 1 2\n  quit  \nxyz\n"),
                          r"^% unknown command: 'xyz'\n% \d{10}:exit\(\)!\n\n$")
-        self.assertEqual(self.say("a\tb\r\n"), "% unknown command: 'a\tb\r'\n% ")
+        # Where it is part of the line's end, a carriage return belongs to no word.
+        word = "a\tb" if ON_WINDOWS else "a\tb\r"
+        self.assertEqual(self.say("a\tb\r\n"), f"% unknown command: '{word}'\n% ")
 
     def test_modern_hints_at_help_and_says_its_move(self):
         text = self.say("xyz 1\nfen 7k/P7/8/8/8/8/8/K7 w - -\nmt 1\ng\ng tt\n"
@@ -168,6 +170,18 @@ class Console(SessionTest):
         self.assertNotIn("bestmove", text)
         self.assertIn("position not in book\n", self.say("book\n"))
 
+    def test_all_threads_take_part_in_a_search(self):
+        text = self.say("setoption name Threads value 4\nmt 1\ng\n")
+        self.assertEqual(len(re.findall(r"^slave : .*split +\d", text, re.MULTILINE)), 3, text)
+
+    def test_a_table_too_large_for_the_memory_is_made_smaller(self):
+        lines = "setoption name Hash value 4096\nposition startpos\ngo depth 5\n"
+        result = self.run_session(lines, memory=3 << 30)
+        if "initialized" not in result.out:
+            self.skipTest("this build needs more address space to start")
+        self.assertIn("tt: malloc(4294967296) failed, retrying...\n", result.out)
+        self.assertEqual(len(result.answers()), 1)
+
     def test_bench_leaves_everything_as_it_was(self):
         with open(os.path.join(ROOT, "tests", "data", "fingerprint.txt"), encoding="utf-8") as file:
             nodes = re.search(r"^search (\d+)$", file.read(), re.MULTILINE).group(1)
@@ -199,7 +213,7 @@ class Interrupt(SessionTest):
     def start(self, lines):
         """The program after reading the lines; ends with the test."""
         program = subprocess.Popen(
-            [QUILL], stdin=subprocess.PIPE, stdout=subprocess.PIPE, cwd=self.folder,
+            QUILL, stdin=subprocess.PIPE, stdout=subprocess.PIPE, cwd=self.folder,
             preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
         self.addCleanup(program.communicate)
         self.addCleanup(program.kill)
@@ -217,20 +231,24 @@ class Interrupt(SessionTest):
             out += byte
         return out.decode()
 
+    def assert_interrupted(self, program):
+        program.send_signal(signal.SIGINT)
+        status = program.wait(TIMEOUT)
+        if not ON_WINDOWS:  # there the status is the system's choice
+            self.assertEqual(status, -signal.SIGINT)
+
     def test_ends_a_search_and_then_the_program(self):
         program = self.start("mt 1000\ng\ng\n")
         for _ in range(2):
             self.read_until(program, b"[4/")
             program.send_signal(signal.SIGINT)
             self.assertIn("nodes  : ", self.read_until(program, b"% "))
-        program.send_signal(signal.SIGINT)
-        self.assertEqual(program.wait(TIMEOUT), -signal.SIGINT)
+        self.assert_interrupted(program)
 
     def test_ends_the_program_under_the_protocol(self):
         program = self.start("mt 1000\nuci\ng\n")
         self.read_until(program, b"info depth 4 ")
-        program.send_signal(signal.SIGINT)
-        self.assertEqual(program.wait(TIMEOUT), -signal.SIGINT)
+        self.assert_interrupted(program)
 
 
 if __name__ == "__main__":

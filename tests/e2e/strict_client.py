@@ -57,7 +57,7 @@ class StrictClient:
     """The engine in the folder, started with the arguments. AssertionErrors tell what is wrong."""
 
     def __init__(self, folder, *args):
-        self.process = subprocess.Popen([QUILL, *args], cwd=folder, stdin=subprocess.PIPE,
+        self.process = subprocess.Popen([*QUILL, *args], cwd=folder, stdin=subprocess.PIPE,
                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         self.lines = queue.Queue()
         self.errors = []

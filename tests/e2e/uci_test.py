@@ -3,6 +3,7 @@
 import re
 import select
 import subprocess
+import time
 import unittest
 
 from session import QUILL, TIMEOUT, SessionTest
@@ -32,7 +33,7 @@ class Protocol(SessionTest):
         self.assertTrue(result.out.endswith("uciok\n"))
 
     def test_a_parent_that_watches_standard_error_sees_its_end_with_the_program(self):
-        with subprocess.Popen([QUILL], cwd=self.folder, text=True, stdin=subprocess.PIPE,
+        with subprocess.Popen(QUILL, cwd=self.folder, text=True, stdin=subprocess.PIPE,
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
             process.stdin.write("uci\nuci\n")
             process.stdin.flush()
@@ -69,6 +70,25 @@ class Protocol(SessionTest):
                     break
         self.assertEqual(engine.process.returncode, 0)
         self.assertNotIn("invalid move", self.read_log())
+
+
+    def test_plays_from_the_book_at_once(self):
+        self.write("quill.ini", "uci.profile=modern\n")  # finds the book beside the program
+        with Engine(QUILL, cwd=self.folder, timeout=TIMEOUT) as engine:
+            answer = engine.go("movetime 100000", "startpos")
+        self.assertRegex(answer.move, MOVE)
+        self.assertLessEqual(len(answer.infos), 1)
+
+    def test_ponders_until_the_move_is_played(self):
+        with Engine(QUILL, {"Threads": 4}, cwd=self.folder, timeout=TIMEOUT) as engine:
+            engine.send("position startpos moves e2e4 e7e5", "go ponder movetime 100")
+            time.sleep(0.5)
+            engine.send("isready")
+            lines = engine.until("readyok")
+            self.assertGreater(len(lines), 5)
+            self.assertNotIn("bestmove", "".join(lines))
+            engine.send("ponderhit")
+            self.assertRegex(engine.answer(time.monotonic()).move, MOVE)
 
 
 class Sequences(SessionTest):

@@ -5,6 +5,8 @@ import subprocess
 import tempfile
 import unittest
 
+from uci_client import command_words
+
 
 class QuillBook(unittest.TestCase):
     """Each test has a folder of its own as the program's current directory."""
@@ -20,7 +22,7 @@ class QuillBook(unittest.TestCase):
 
     def run_book(self, *words):
         """Answers the exit status, standard output and standard error."""
-        done = subprocess.run([os.environ["QUILL_BOOK"], *words], capture_output=True, text=True,
+        done = subprocess.run([*command_words(os.environ["QUILL_BOOK"]), *words], capture_output=True, text=True,
                               cwd=self.folder, timeout=60, check=False)
         return done.returncode, done.stdout, done.stderr
 
@@ -83,7 +85,7 @@ class QuillBook(unittest.TestCase):
                              (0, f"{used}\nb: {size}\n", ""))
             sound = f"b: sound, {size}, 2 of them reachable with {reachable} moves\n"
             self.assertEqual(self.run_book("check", "b"), (0, sound, ""))
-            engine = subprocess.run([os.environ["QUILL"]], input="quit\n", capture_output=True,
+            engine = subprocess.run(command_words(os.environ["QUILL"]), input="quit\n", capture_output=True,
                                     text=True, cwd=self.folder, timeout=60, check=True)
             self.assertIn("\nbook=b, 3 moves\n", engine.stdout)
 
