@@ -27,14 +27,16 @@ endif()
 target_compile_options(quill_flags INTERFACE $<$<CONFIG:Release>:
   -ffile-prefix-map=${PROJECT_BINARY_DIR}=. -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
 
-# scripts/release uses these two, with g++. The record lies beside the object files.
+# scripts/release uses these two, with g++. The record lies beside the object files. It counts
+# branches only: values would bring the addresses of one run into it.
 set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ${QUILL_LTO})
 if(QUILL_PROFILE STREQUAL "generate")
-  target_compile_options(quill_flags INTERFACE -fprofile-generate)
+  target_compile_options(quill_flags INTERFACE -fprofile-generate -fno-profile-values)
   target_link_options(quill_flags INTERFACE -fprofile-generate)
 elseif(QUILL_PROFILE STREQUAL "use")
   # There is none of what a training run does not link: quill-book.
-  target_compile_options(quill_flags INTERFACE -fprofile-use -Wno-missing-profile)
+  target_compile_options(quill_flags INTERFACE
+    -fprofile-use -fno-profile-values -Wno-missing-profile)
 elseif(QUILL_PROFILE)
   message(FATAL_ERROR "QUILL_PROFILE is neither generate nor use: ${QUILL_PROFILE}")
 endif()

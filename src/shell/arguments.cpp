@@ -22,7 +22,7 @@ constexpr char Usage[] =
     "\n"
     "SETTINGS is the settings file, quill.ini in the current folder if it is not named.\n"
     "The command \"help\" lists what can be typed by hand.\n"
-    "The manual is README.md and docs/uci.md in the source folder.\n";
+    "The manual is quill(6), or README.md and docs/uci.md in the source folder.\n";
 
 int bench() {
   if (const int status = checkProcessor(platform::hasSse2(), platform::hasPopcnt()); status != 0) {
