@@ -46,7 +46,7 @@ TEST_F(ModernTimeTest, TheClockLastsForLongGames) {
     int start, increment, movesToGo, moves;
   } games[] = {{1000, 0, 0, 200},  {60000, 0, 0, 250},   {1000, 10, 0, 300}, {2000, 20, 0, 300},
                {5000, 50, 0, 300}, {10000, 0, 40, 160},  {1000, 0, 40, 80},  {3000, 1, 0, 200},
-               {0, 100, 0, 50},    {10000, 100, 0, 300}, {50, 0, 1, 50}};
+               {40, 100, 0, 50},   {10000, 100, 0, 300}, {50, 0, 1, 50}};
   for (const bool canPonder : {false, true}) {
     control.setCanPonder(canPonder);
     for (const auto& g : games) {
@@ -74,7 +74,9 @@ TEST_F(ModernTimeTest, NoBudgetExceedsWhatIsLeft) {
                   << clock << "+" << increment << ", " << movesToGo << " to go, phase " << phase;
             }
             // But something is played with.
-            if (left >= 150) EXPECT_GE(control.phaseTime(NormalPhase), 2u) << clock;
+            if (left >= 150) {
+              EXPECT_GE(control.phaseTime(NormalPhase), 2u) << clock;
+            }
           }
         }
       }
