@@ -1,5 +1,5 @@
-# Where an installed quill has its parts. A place is a path from the prefix, or an absolute one where
-# it lies outside the prefix: the settings in /etc for the prefix /usr.
+# Where an installed quill has its parts. A place is a path from the prefix, or an absolute one if
+# it lies outside the prefix: the settings are in /etc for the prefix /usr.
 #
 # The program finds its settings and its book from its own folder, so that an installed tree can be
 # moved as a whole: QUILL_SETTINGS_DIR and QUILL_DATA_DIR are paths from there.

@@ -4,8 +4,8 @@ find_package(Threads REQUIRED)
 
 add_library(quill_flags INTERFACE)
 target_include_directories(quill_flags INTERFACE ${PROJECT_SOURCE_DIR}/src)
-# SSE2 is part of x86-64. POPCNT is the only instruction that a portable program uses beyond that, so
-# that it runs on any processor that has it.
+# SSE2 is part of x86-64. POPCNT is the only instruction that a portable program uses beyond that,
+# so that it runs on any processor that has it.
 if(NOT QUILL_PORTABLE)
   target_compile_options(quill_flags INTERFACE -march=native)
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")

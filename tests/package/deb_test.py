@@ -25,7 +25,8 @@ class Package(InstalledTest):
             files_below(self.root),
             {"etc/quill/quill.ini", "usr/share/quill/quill.bbk"}
             | {"usr/" + name for name in PROGRAMS | MANUAL})
-        for name in ("copyright", "changelog.gz", "changelog.Debian.gz", "README.md", "docs/uci.md"):
+        for name in ("copyright", "changelog.gz", "changelog.Debian.gz", "README.md",
+                     "docs/uci.md"):
             self.assertTrue((self.root / DOCUMENTS / name).is_file(), name)
         self.assertEqual(run("dpkg-deb", "-I", PACKAGE, "conffiles"), "/etc/quill/quill.ini\n")
 
