@@ -1,7 +1,7 @@
 # What "cmake --install" puts where. install_places.cmake has the places.
 
 install(TARGETS quill quill-book RUNTIME DESTINATION ${bin_dir})
-install(FILES ${PROJECT_BINARY_DIR}/quill.bbk DESTINATION ${data_dir})
+install(FILES ${PROJECT_BINARY_DIR}/quill.bbk data/modern.ini DESTINATION ${data_dir})
 install(FILES data/modern.ini DESTINATION ${settings_dir} RENAME quill.ini)
 
 if(QUILL_ONE_FOLDER)

@@ -29,14 +29,16 @@ bool loadSettings(Engine& engine, const std::filesystem::path& path) {
 }
 
 // The named file, or the default one. GUIs start the program from anywhere: a named file that is not
-// in the current folder may lie beside the program, the default one where the build installs it.
+// in the current folder may lie beside the program or where the build installs its data, the default
+// one where it installs the settings.
 void findSettings(Engine& engine, const char* named) {
   const std::filesystem::path file = named == nullptr ? DefaultSettingsFile : named;
   if (loadSettings(engine, file)) return;
   const std::filesystem::path program = platform::programFolder();
   if (program.empty()) return;
-  const auto folder = named == nullptr ? program / QUILL_SETTINGS_DIR : program;
-  loadSettings(engine, (folder / file).lexically_normal());
+  if (named != nullptr && loadSettings(engine, program / file)) return;
+  const auto installed = program / (named == nullptr ? QUILL_SETTINGS_DIR : QUILL_DATA_DIR);
+  loadSettings(engine, (installed / file).lexically_normal());
 }
 
 // How to speak the protocol, and what the settings change of it.

@@ -9,7 +9,8 @@ class Archive(InstalledTest):
     def test_the_folder_is_all_that_is_needed(self):
         self.install("--prefix", self.root)
         self.assertEqual(files_below(self.root), {
-            "quill", "quill-book", "quill.bbk", "quill.ini", "README.txt", "LICENSE.txt"})
+            "quill", "quill-book", "quill.bbk", "quill.ini", "modern.ini", "README.txt",
+            "LICENSE.txt"})
         for program in ("quill", "quill-book"):
             self.assertNotIn("INTERP", run("readelf", "-lW", self.root / program))
         moved = self.root.with_name("a folder")

@@ -23,7 +23,7 @@ class Package(InstalledTest):
     def test_holds_what_is_to_be_installed_and_nothing_else(self):
         self.assertEqual(
             files_below(self.root),
-            {"etc/quill/quill.ini", "usr/share/quill/quill.bbk"}
+            {"etc/quill/quill.ini", "usr/share/quill/quill.bbk", "usr/share/quill/modern.ini"}
             | {"usr/" + name for name in PROGRAMS | MANUAL})
         for name in ("copyright", "changelog.gz", "changelog.Debian.gz", "README.md",
                      "docs/uci.md"):

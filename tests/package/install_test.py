@@ -5,7 +5,8 @@ import unittest
 
 from installed import MANUAL, PROGRAMS, InstalledTest, files_below
 
-EVERYTHING = PROGRAMS | MANUAL | {"share/quill/quill.bbk", "etc/quill/quill.ini"}
+EVERYTHING = PROGRAMS | MANUAL | {
+    "share/quill/quill.bbk", "share/quill/modern.ini", "etc/quill/quill.ini"}
 
 
 class Install(InstalledTest):
@@ -29,6 +30,11 @@ class Install(InstalledTest):
         link.symlink_to(self.root / "bin/quill")
         self.check_sessions(link, self.root / "etc/quill/quill.ini",
                             self.root / "share/quill/quill.bbk")
+
+    def test_settings_can_be_named_from_anywhere(self):
+        self.install("--prefix", self.root)
+        text = self.session(self.root / "bin/quill", arguments=["modern.ini"])
+        self.assertIn(f"\ninifile={self.root}/share/quill/modern.ini\n", text)
 
     def test_a_copied_program_does_without(self):
         self.install("--prefix", self.root)

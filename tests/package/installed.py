@@ -41,10 +41,10 @@ class InstalledTest(unittest.TestCase):
     def install(self, *words, **environment):
         run(CMAKE, "--install", BUILD, *words, env={**os.environ, **environment})
 
-    def session(self, program, *lines):
+    def session(self, program, *lines, arguments=()):
         """What the engine says to the lines, started in the current folder."""
         text = "".join(line + "\n" for line in (*lines, "quit"))
-        return run(program, cwd=self.current, input=text)
+        return run(program, *arguments, cwd=self.current, input=text)
 
     def check_sessions(self, program, settings, book):
         """The program speaks today's protocol and plays from its book, wherever it is started;
