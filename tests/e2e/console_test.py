@@ -172,11 +172,11 @@ class Console(SessionTest):
 
     def test_all_threads_take_part_in_a_search(self):
         text = self.say("setoption name Threads value 4\nmt 1\ng\n")
-        self.assertEqual(len(re.findall(r"^slave : .*split +\d", text, re.MULTILINE)), 3, text)
+        self.assertEqual(len(re.findall(r"^slave : ", text, re.MULTILINE)), 3, text)
 
     def test_a_table_too_large_for_the_memory_is_made_smaller(self):
         lines = "setoption name Hash value 4096\nposition startpos\ngo depth 5\n"
-        result = self.run_session(lines, memory=3 << 30)
+        result = self.run_session(lines, memory=(3 if ON_WINDOWS else 1) << 30)
         if "initialized" not in result.out:
             self.skipTest("this build needs more address space to start")
         self.assertIn("tt: malloc(4294967296) failed, retrying...\n", result.out)
