@@ -13,13 +13,13 @@ constexpr int EloStep = 200;
 // A row for each step from MinElo to MaxElo; what lies between is interpolated.
 constexpr std::array<Strength, 7> Strengths = {{
     // nodes, width, lines
-    {800, 180, 12},   // 1200
-    {1500, 110, 8},   // 1400
-    {4000, 80, 6},    // 1600
-    {10000, 55, 5},   // 1800
-    {30000, 35, 4},   // 2000
-    {100000, 15, 3},  // 2200
-    {300000, 8, 2},   // 2400
+    {600, 180, 10},  // 1200
+    {1300, 130, 8},  // 1400
+    {3300, 95, 6},   // 1600
+    {12000, 50, 5},  // 1800
+    {45000, 28, 4},  // 2000
+    {210000, 8, 3},  // 2200
+    {800000, 3, 2},  // 2400
 }};
 
 static_assert(MinElo + EloStep * (static_cast<int>(Strengths.size()) - 1) == MaxElo);
