@@ -86,7 +86,7 @@ class Console(SessionTest):
                         "fen 7k/6Q1/5K2/8/8/8/8/8 b - -\ng\n", "modern.ini")
         self.assertTrue(text.startswith("% unknown command: 'xyz' (help lists the commands)\n"))
         moves = re.findall(r"^.*move: .*$", text, re.MULTILINE)
-        self.assertEqual(moves, ["move: a8=Q+"] * 2, "and nothing when there is no move")
+        self.assertEqual(moves, ["move: a8=Q"] * 2, "and nothing when there is no move")
         self.assertNotIn("move: ", self.say("mt 0\ng\n"))
 
     def test_help_lists_the_commands_of_the_manual(self):
