@@ -4,7 +4,9 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include "shell/log.h"
 
@@ -89,6 +91,9 @@ EngineString trimmed(const char* begin, const char* end) {
 }  // namespace
 
 bool Settings::load(const char* path) {
+  // Checked before it is opened: a pipe could wait forever for a writer, a device might never end.
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return false;
   std::FILE* file = std::fopen(path, "rb");
   if (file == nullptr) return false;
 
@@ -102,7 +107,6 @@ bool Settings::load(const char* path) {
     }
     addLine(line, static_cast<std::size_t>(end - line));
   }
-  // A directory opens, but can't be read.
   const bool failed = std::ferror(file) != 0;
   std::fclose(file);
   return !failed;

@@ -24,7 +24,7 @@ class Settings {
   Settings& operator=(const Settings&) = delete;
 
   // Adds the file's pairs to those that are there.
-  // On failure: false when the file can't be opened or read.
+  // On failure: false when it is no regular file, or can't be opened or read.
   bool load(const char* path);
 
   // Replaces the value of a key or appends a new pair. The letter case of keys matters.
