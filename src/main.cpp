@@ -19,7 +19,9 @@ int main(int argc, char** argv) {
   }
 
   const auto engine = createEngine();
-  startEngine(*engine, argc > 1 ? argv[1] : nullptr);
+  if (const int status = startEngine(*engine, argc > 1 ? argv[1] : nullptr); status != 0) {
+    return status;
+  }
   std::printf("\ninitialized\n");
   return runConsole(*engine, stdin);
 }

@@ -30,8 +30,7 @@ int bench() {
   }
   initTables();
   initZobrist();
-  runBench();
-  return 0;
+  return runBench() ? 0 : NoThread;
 }
 
 }  // namespace

@@ -90,11 +90,16 @@ std::uint64_t searchBenchPositions() {
   return nodes;
 }
 
-void runBench() {
+bool runBench() {
   const std::uint32_t start = platform::tickCountMs();
   const std::uint64_t nodes = searchBenchPositions();
+  if (nodes == 0) {
+    std::fprintf(stderr, "bench: system grants no search thread\n");
+    return false;
+  }
   const std::uint32_t ms = std::max(platform::tickCountMs() - start, 1u);
   std::printf("%" PRIu32 " ms, %" PRIu64 " nodes %" PRIu64 " nps\n", ms, nodes, nodes * 1000 / ms);
+  return true;
 }
 
 }  // namespace quill

@@ -12,12 +12,13 @@ std::span<const char* const> benchPositions();
 
 // Searches all of them, each with an empty table, one thread and no clock, and returns the nodes.
 // It has a table and a thread of its own, and the default options, so that the count is always the
-// same. The log stays silent meanwhile.
+// same. The log stays silent meanwhile. 0 if the system grants no thread.
 // Requires: the tables of board/ are built. Blocks.
 std::uint64_t searchBenchPositions();
 
 // Does that and prints milliseconds, nodes and speed: "1250 ms, 902487 nodes 721989 nps". Programs
 // that test engines look for the number before "nodes" and for the one before "nps".
-void runBench();
+// On failure: false, after one line on standard error; the system grants no thread.
+bool runBench();
 
 }  // namespace quill

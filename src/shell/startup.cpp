@@ -101,7 +101,7 @@ std::unique_ptr<Engine> createEngine() {
   return std::make_unique<Engine>(static_cast<std::uint32_t>(platform::readTimeStampCounter()));
 }
 
-void startEngine(Engine& engine, const char* settingsFile) {
+int startEngine(Engine& engine, const char* settingsFile) {
   findSettings(engine, settingsFile);
   std::printf("\n");
   applyProfile(engine);
@@ -117,7 +117,14 @@ void startEngine(Engine& engine, const char* settingsFile) {
   engine.pool.setThreadCount(1);
   engine.pool.setThreadCount(platform::processorCount());
   engine.pool.waitIdle();
+  if (engine.pool.threadCount() == 0) {
+    std::printf("\n");
+    std::fprintf(stderr,
+                 "Cannot start: system grants no search thread (limit of memory or processes)\n");
+    return NoThread;
+  }
   std::printf("started %i threads\n", engine.pool.threadCount());
+  return 0;
 }
 
 }  // namespace quill

@@ -10,6 +10,9 @@ struct Engine;
 // Makes all output appear at once and as it is written.
 void prepareStreams();
 
+// The exit status of a program that the system grants no thread to search with.
+inline constexpr int NoThread = -3;
+
 void printBanner();
 
 // Whether a processor with these features can run the engine. Returns the exit status: 0, or -1 or
@@ -21,7 +24,7 @@ std::unique_ptr<Engine> createEngine();
 
 // Reads the settings file (nullptr: quill.ini, or else the one that was installed), sets the start
 // position, opens the book, sizes the table and starts the threads. Reports its progress on standard
-// output.
-void startEngine(Engine& engine, const char* settingsFile);
+// output. Returns the exit status: 0, or NoThread after one line on standard error.
+int startEngine(Engine& engine, const char* settingsFile);
 
 }  // namespace quill
