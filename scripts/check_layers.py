@@ -16,6 +16,7 @@ import sys
 LAYERS = [
     "platform/",
     "shell/text",
+    "shell/output",
     "shell/log",
     "shell/settings",
     "board/",

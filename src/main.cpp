@@ -5,13 +5,17 @@
 #include "shell/arguments.h"
 #include "shell/console.h"
 #include "shell/engine.h"
+#include "shell/output.h"
 #include "shell/startup.h"
 
 int main(int argc, char** argv) {
   using namespace quill;
   prepareStreams();
   if (argc == 2) {
-    if (const auto status = runArgument(argv[1])) return *status;
+    if (const auto status = runArgument(argv[1])) {
+      requireOutput(stdout);
+      return *status;
+    }
   }
   printBanner();
   if (const int status = checkProcessor(platform::hasSse2(), platform::hasPopcnt()); status != 0) {

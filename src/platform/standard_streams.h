@@ -3,6 +3,12 @@
 
 namespace quill::platform {
 
+// Once nobody reads standard output, the next write to it ends the program by the system's signal,
+// even if the parent had that ignored; that nobody reads standard error does no harm. To be called
+// before anything is written.
+// Windows: nothing; there is no such signal, and a write to what nobody reads fails.
+void guardStandardStreams();
+
 // Has standard output and standard error take bytes as they are: Windows would put a carriage
 // return before each line feed. Standard input stays as the system gives it: there a line's end, a
 // carriage return and a line feed on Windows, reads as a line feed. To be called before anything is

@@ -9,6 +9,8 @@ namespace quill::platform {
 
 const char* const NullDevice = "NUL";
 
+void guardStandardStreams() {}
+
 void useBinaryOutput() {
   _setmode(_fileno(stdout), _O_BINARY);
   _setmode(_fileno(stderr), _O_BINARY);

@@ -6,6 +6,7 @@
 #include "shell/board_commands.h"
 #include "shell/engine.h"
 #include "shell/eval_command.h"
+#include "shell/output.h"
 #include "shell/search_commands.h"
 
 namespace quill {
@@ -140,11 +141,13 @@ int runConsole(Engine& engine, std::FILE* in) {
   while (true) {
     const bool uciMode = engine.uci.uciMode();
     if (!uciMode) std::fputs("% ", stdout);
+    requireOutput(stdout);
     const bool isThere =
         input.next(line, uciMode ? InputLines::ProtocolLimit : InputLines::ConsoleLimit);
     if (!isThere || !handleLine(engine, std::move(line))) break;
   }
   engine.uci.finish();
+  requireOutput(stdout);
   return 0;
 }
 

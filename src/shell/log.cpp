@@ -4,6 +4,7 @@
 #include <cstdarg>
 
 #include "platform/clock.h"
+#include "shell/output.h"
 
 namespace quill {
 
@@ -23,6 +24,7 @@ void log(const char* format, ...) {
   va_start(arguments, format);
   std::vfprintf(stream, format, arguments);
   va_end(arguments);
+  requireOutput(stream);
 }
 
 void trace(const char* text1, const char* text2) {

@@ -76,6 +76,7 @@ void openBook(Engine& engine) {
 // Standard input keeps its buffer. Lines arrive as soon as they are typed all the same, and one
 // system call for each byte would make long lines slow.
 void prepareStreams() {
+  platform::guardStandardStreams();
   platform::useBinaryOutput();
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   std::setvbuf(stderr, nullptr, _IONBF, 0);

@@ -7,6 +7,7 @@
 #include "platform/standard_streams.h"
 #include "search/tt.h"
 #include "shell/log.h"
+#include "shell/output.h"
 #include "smp/thread_pool.h"
 #include "uci/names.h"
 
@@ -351,6 +352,7 @@ void Uci::tell(const std::string& text) { send("info string " + text + "\n"); }
 void Uci::send(const std::string& text) {
   std::fwrite(text.data(), 1, text.size(), out_);
   std::fflush(out_);
+  requireOutput(out_);
 }
 
 }  // namespace quill
