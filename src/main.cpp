@@ -1,5 +1,6 @@
 // The program: prepare the process, bring the engine up, hand over to the console loop.
 #include <cstdio>
+#include <new>
 
 #include "platform/cpu.h"
 #include "shell/arguments.h"
@@ -11,6 +12,7 @@
 int main(int argc, char** argv) {
   using namespace quill;
   prepareStreams();
+  std::set_new_handler(endWithoutMemory);
   if (argc == 2) {
     if (const auto status = runArgument(argv[1])) {
       requireOutput(stdout);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -80,6 +81,11 @@ void prepareStreams() {
   platform::useBinaryOutput();
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   std::setvbuf(stderr, nullptr, _IONBF, 0);
+}
+
+void endWithoutMemory() {
+  std::fputs("FATAL: out of memory\n", stderr);
+  std::abort();
 }
 
 void printBanner() { std::printf("%s-%s\n\n", EngineName, EngineVersion); }

@@ -10,6 +10,9 @@ struct Engine;
 // Makes all output appear at once and as it is written.
 void prepareStreams();
 
+// What is to happen when memory can't be had: one line on standard error, and the program aborts.
+[[noreturn]] void endWithoutMemory();
+
 // The exit status of a program that the system grants no thread to search with.
 inline constexpr int NoThread = -3;
 
