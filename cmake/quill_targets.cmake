@@ -23,6 +23,10 @@ if(QUILL_SANITIZE)
   target_link_options(quill_flags INTERFACE -fsanitize=${QUILL_SANITIZE})
 endif()
 
+if(QUILL_FUZZ)
+  target_compile_options(quill_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # A release is the same wherever it is built: its programs name no folder of the machine.
 target_compile_options(quill_flags INTERFACE $<$<CONFIG:Release>:
   -ffile-prefix-map=${PROJECT_BINARY_DIR}=. -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
