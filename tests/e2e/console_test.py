@@ -82,11 +82,11 @@ class Console(SessionTest):
         self.assertEqual(self.say("a\tb\r\n"), f"% unknown command: '{word}'\n% ")
 
     def test_modern_hints_at_help_and_says_its_move(self):
-        text = self.say("xyz 1\nfen 7k/P7/8/8/8/8/8/K7 w - -\nmt 1\ng\ng tt\n"
+        text = self.say("xyz 1\nfen 7k/8/5KQ1/8/8/8/8/8 w - -\nmt 1\ng\ng tt\n"
                         "fen 7k/6Q1/5K2/8/8/8/8/8 b - -\ng\n", "modern.ini")
         self.assertTrue(text.startswith("% unknown command: 'xyz' (help lists the commands)\n"))
         moves = re.findall(r"^.*move: .*$", text, re.MULTILINE)
-        self.assertEqual(moves, ["move: a8=Q"] * 2, "and nothing when there is no move")
+        self.assertEqual(moves, ["move: Qg7"] * 2, "and nothing when there is no move")
         self.assertNotIn("move: ", self.say("mt 0\ng\n"))
 
     def test_help_lists_the_commands_of_the_manual(self):
