@@ -263,7 +263,9 @@ class RandomCommands(ModernTest):
                "Threads value 3", "MultiPV value 1", "MultiPV value 3", "Clear Hash",
                "Ponder value true", "OwnBook value false", "UCI_AnalyseMode value true",
                "MultiPVMargin value 50", "eval.kingattack value 90", "Move Overhead value 0",
-               "Move Overhead value 0", "Move Overhead value 30", "Unknown value 1")
+               "Move Overhead value 0", "Move Overhead value 30", "Unknown value 1",
+               "UCI_LimitStrength value true", "UCI_LimitStrength value false",
+               "UCI_Elo value 1250")
 
     def test_one_answer_for_each_go(self):
         seed = 20261123
