@@ -24,6 +24,9 @@ class UciTest : public testing::Test {
     setFen(pool.board(), StartPosition);
   }
 
+  // A test may leave a search behind.
+  ~UciTest() override { pool.stopAll(); }
+
   // Handles one line as the console does; tells whether it was the protocol's.
   bool send(const std::string& line) {
     const std::size_t blank = line.find(' ');
