@@ -6,7 +6,7 @@ import signal
 import subprocess
 import unittest
 
-from session import ON_WINDOWS, QUILL, START_FEN, TIMEOUT, SessionTest
+from session import IS_SANITIZED, ON_WINDOWS, QUILL, START_FEN, TIMEOUT, SessionTest
 
 BANNER = "quill-1.0\n\n"
 ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
@@ -174,6 +174,7 @@ class Console(SessionTest):
         text = self.say("setoption name Threads value 4\nmt 1\ng\n")
         self.assertEqual(len(re.findall(r"^slave : ", text, re.MULTILINE)), 3, text)
 
+    @unittest.skipIf(IS_SANITIZED, "a sanitizer needs the address space itself")
     def test_a_table_too_large_for_the_memory_is_made_smaller(self):
         lines = "setoption name Hash value 4096\nposition startpos\ngo depth 5\n"
         result = self.run_session(lines, memory=(3 if ON_WINDOWS else 1) << 30)

@@ -10,7 +10,7 @@ import threading
 import time
 import unittest
 
-from session import QUILL, TIMEOUT, SessionTest
+from session import IS_SANITIZED, QUILL, TIMEOUT, SessionTest
 
 # Exit statuses as a POSIX system tells them.
 NO_THREAD = 256 - 3
@@ -25,6 +25,7 @@ is_root = hasattr(os, "geteuid") and os.geteuid() == 0
 needs_root = unittest.skipUnless(is_root, "only root can run the program as somebody else")
 
 
+@unittest.skipIf(IS_SANITIZED, "a sanitizer fails in other ways")
 @unittest.skipIf(len(QUILL) > 1, "the faults are those of this system itself")
 class FaultTest(SessionTest):
     def start(self, *args, program=PROGRAM, limits=(), prepare=lambda: None, **options):

@@ -12,6 +12,8 @@ from uci_client import command_words
 
 # The program as the words of a command, which may begin with what runs it (wine, an emulator).
 QUILL = command_words(os.environ["QUILL"])
+# Sanitizers need address space, files and streams of their own.
+IS_SANITIZED = bool(os.environ.get("SANITIZED"))
 ON_WINDOWS = QUILL[-1].endswith(".exe")
 TIMEOUT = 120  # seconds; generous, for builds with sanitizers on busy machines
 START_FEN = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR"

@@ -125,6 +125,7 @@ TEST_F(LimitedStrength, IsNoOptionOfTheClassicProfile) {
   EXPECT_EQ(errors(), "Option not supported: UCI_LimitStrength\nOption not supported: UCI_Elo\n");
   startSearch("movetime 50");
   EXPECT_EQ(timeControl.phaseNodes(NormalPhase), 0u);
+  waitForTheEnd();
   EXPECT_EQ(pool.state.activeMultiPv, 1);
 
   uci.setProfile(ModernProfile);
