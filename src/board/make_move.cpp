@@ -188,21 +188,6 @@ void unmakeSpecial(Board& board, Side& us, Side& them, Move move) {
   }
 }
 
-// Every piece that stands alone between the colour's king and an enemy slider.
-Bitboard findBlockers(const Board& board, Colour colour) {
-  const Square king = board.side[static_cast<unsigned>(colour)].kingSquare;
-  const Side& them = board.side[static_cast<unsigned>(colour ^ 1)];
-  const Bitboard queens = them.bb[Queen];
-  Bitboard sliders = (rookLines[king] & (them.bb[Rook] | queens)) |
-                     (bishopLines[king] & (them.bb[Bishop] | queens));
-  Bitboard blockers = 0;
-  while (sliders != 0) {
-    const Bitboard screen = between[king][popLowest(sliders)] & board.occupied;
-    if (!moreThanOne(screen)) blockers |= screen;
-  }
-  return blockers;
-}
-
 }  // namespace
 
 void makeMove(Board& board, Move move) {
@@ -302,10 +287,24 @@ Bitboard attacksBy(const Board& board, Colour colour) {
   return attacks;
 }
 
+Bitboard blockersOf(const Board& board, Colour colour) {
+  const Square king = board.side[static_cast<unsigned>(colour)].kingSquare;
+  const Side& them = board.side[static_cast<unsigned>(colour ^ 1)];
+  const Bitboard queens = them.bb[Queen];
+  Bitboard sliders = (rookLines[king] & (them.bb[Rook] | queens)) |
+                     (bishopLines[king] & (them.bb[Bishop] | queens));
+  Bitboard blockers = 0;
+  while (sliders != 0) {
+    const Bitboard screen = between[king][popLowest(sliders)] & board.occupied;
+    if (!moreThanOne(screen)) blockers |= screen;
+  }
+  return blockers;
+}
+
 void updateAttackInfo(Board& board) {
   board.enemyAttacks = attacksBy(board, board.stm ^ 1);
-  board.blockers[White] = findBlockers(board, White);
-  board.blockers[Black] = findBlockers(board, Black);
+  board.blockers[White] = blockersOf(board, White);
+  board.blockers[Black] = blockersOf(board, Black);
 }
 
 void playMove(Board& board, Move move) {

@@ -29,6 +29,9 @@ void unmakeNullMove(Board& board, const UndoInfo& undo);
 // Every square that the colour attacks, computed without the other colour's king.
 Bitboard attacksBy(const Board& board, Colour colour);
 
+// The pieces of either colour that stand alone between the colour's king and an enemy slider.
+Bitboard blockersOf(const Board& board, Colour colour);
+
 // Recomputes enemyAttacks and blockers for the side now to move.
 void updateAttackInfo(Board& board);
 

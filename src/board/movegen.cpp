@@ -10,16 +10,22 @@ namespace {
 
 // What the generators of one call share.
 struct Context {
+  // Requires: valid attack information.
   explicit Context(const Board& b)
+      : Context(b, b.enemyAttacks, b.blockers[static_cast<unsigned>(b.stm)]) {}
+  // With attack information from elsewhere.
+  Context(const Board& b, Bitboard enemyAttacks, Bitboard blockers)
       : board(b),
         own(b.own().bb[0]),
         victims(b.enemy().bb[0] & ~b.enemy().bb[King]),
-        pinned(b.blockers[static_cast<unsigned>(b.stm)]),
+        attacked(enemyAttacks),
+        pinned(blockers),
         king(b.own().kingSquare) {}
 
   const Board& board;
   Bitboard own;
-  Bitboard victims;  // enemy men that can be captured
+  Bitboard victims;   // enemy men that can be captured
+  Bitboard attacked;  // where the king must not go
   Bitboard pinned;
   Square king;
 
@@ -33,21 +39,38 @@ struct Context {
 constexpr int pushOf(Colour colour) { return colour == White ? 8 : -8; }
 constexpr Bitboard LastRanks = rankMask(0) | rankMask(7);
 
-Move* addPromotions(Move* list, Move move) {
-  for (const int type : {Queen, Knight, Bishop, Rook}) *list++ = withPromotion(move, type);
+// The number of moves in the place of a list. Every generator hands on either of the two, so that
+// counting follows the very rules of writing.
+struct MoveCount {
+  int moves = 0;
+};
+
+Move* addMove(Move* list, Move move) {
+  *list++ = move;
+  return list;
+}
+MoveCount addMove(MoveCount count, Move) { return {count.moves + 1}; }
+
+template <typename Moves>
+Moves addPromotions(Moves list, Move move) {
+  for (const int type : {Queen, Knight, Bishop, Rook}) {
+    list = addMove(list, withPromotion(move, type));
+  }
   return list;
 }
 
 // A pawn move, as four promotions when it reaches the last rank.
-Move* addPawnMove(Move* list, Move move) {
-  if (contains(LastRanks, toOf(move))) return addPromotions(list, move);
-  *list++ = move;
-  return list;
+template <typename Moves>
+Moves addPawnMove(Moves list, Move move) {
+  return contains(LastRanks, toOf(move)) ? addPromotions(list, move) : addMove(list, move);
 }
 
 Move* addMoves(const Context& c, Move* list, Square from, Bitboard destinations) {
   while (destinations != 0) *list++ = c.moveTo(from, popLowest(destinations));
   return list;
+}
+MoveCount addMoves(const Context&, MoveCount counted, Square, Bitboard destinations) {
+  return {counted.moves + count(destinations)};
 }
 
 // Pawn moves to the destinations, each from `offset` squares behind.
@@ -58,13 +81,20 @@ Move* addPawnSet(const Context& c, Move* list, Bitboard destinations, int offset
   }
   return list;
 }
+MoveCount addPawnSet(const Context&, MoveCount counted, Bitboard destinations, int) {
+  return {counted.moves + count(destinations) + 3 * count(destinations & LastRanks)};
+}
 
-Move* addDoubleSteps(Move* list, Bitboard destinations, int push) {
+// Pawn steps that are no captures and no promotions.
+Move* addPlainSteps(Move* list, Bitboard destinations, int offset, Move flag) {
   while (destinations != 0) {
     const Square to = popLowest(destinations);
-    *list++ = makeQuiet(to - 2 * push, to) | DoubleStepFlag;
+    *list++ = makeQuiet(to - offset, to) | flag;
   }
   return list;
+}
+MoveCount addPlainSteps(MoveCount counted, Bitboard destinations, int, Move) {
+  return {counted.moves + count(destinations)};
 }
 
 // The one capture of a pinned pawn that stays on its pin line, 0 when there is none.
@@ -72,16 +102,16 @@ Bitboard pinnedPawnCapture(const Context& c, Square from) {
   return pawnAttacks[c.board.stm][from] & c.victims & line[c.king][from];
 }
 
-template <Colour Us>
-Move* addPinnedPawns(const Context& c, Move* list) {
+template <Colour Us, typename Moves>
+Moves addPinnedPawns(const Context& c, Moves list) {
   constexpr int Push = pushOf(Us);
   for (Bitboard pawns = c.board.own().bb[Pawn] & c.pinned; pawns != 0;) {
     const Square from = popLowest(pawns);
     const Square to = from + Push;
     if (contains(line[c.king][from] & ~c.board.occupied, to)) {
-      *list++ = makeQuiet(from, to);
+      list = addMove(list, makeQuiet(from, to));
       if (relativeRank(Us, from) == 1 && !contains(c.board.occupied, to + Push)) {
-        *list++ = makeQuiet(from, to + Push) | DoubleStepFlag;
+        list = addMove(list, makeQuiet(from, to + Push) | DoubleStepFlag);
       }
     } else if (const Bitboard capture = pinnedPawnCapture(c, from)) {
       list = addPawnMove(list, c.moveTo(from, lowestSquare(capture)));
@@ -100,7 +130,8 @@ bool isEnPassantSafe(const Board& board, Square from, Square to, Square victim) 
          (bishopAttacks(king, occupancy) & (enemy.bb[Bishop] | enemy.bb[Queen])) == 0;
 }
 
-Move* addEnPassant(const Board& board, Move* list) {
+template <typename Moves>
+Moves addEnPassant(const Board& board, Moves list) {
   const Square victim = usableEpSquare(board);
   if (victim == 0) return list;
   const Square to = victim + pushOf(board.stm);
@@ -110,16 +141,17 @@ Move* addEnPassant(const Board& board, Move* list) {
     const Square from = victim + side;
     const int file = fileOf(victim) + side;
     if (file < 0 || file > 7 || board.squares[static_cast<unsigned>(from)] != pawn) continue;
-    if (isEnPassantSafe(board, from, to, victim)) *list++ = base | makeQuiet(from, 0);
+    if (!isEnPassantSafe(board, from, to, victim)) continue;
+    list = addMove(list, base | makeQuiet(from, 0));
   }
   return list;
 }
 
-bool canCastle(const Board& board, Wing wing) {
+bool canCastle(const Board& board, Bitboard attacked, Wing wing) {
   const unsigned right = (wing == ShortWing ? WhiteShort : WhiteLong) << board.stm;
   const CastleInfo& castle = CastleTable[board.stm][wing];
   return (board.castling & right) != 0 && (board.occupied & castle.emptyMask) == 0 &&
-         (board.enemyAttacks & castle.safeMask) == 0;
+         (attacked & castle.safeMask) == 0;
 }
 
 Move castlingMove(Colour colour, Wing wing) {
@@ -127,28 +159,22 @@ Move castlingMove(Colour colour, Wing wing) {
   return makeQuiet(castle.kingFrom, castle.kingTo) | CastlingFlag;
 }
 
-template <Colour Us>
-Move* addUnpinnedPawns(const Context& c, Move* list) {
+template <Colour Us, typename Moves>
+Moves addUnpinnedPawns(const Context& c, Moves list) {
   constexpr int Push = pushOf(Us);
   const Bitboard pawns = c.unpinned(Pawn);
   const Bitboard empty = ~c.board.occupied;
   list = addPawnSet(c, list, pawnAttacksWest(Us, pawns) & c.victims, Push - 1);
   list = addPawnSet(c, list, pawnAttacksEast(Us, pawns) & c.victims, Push + 1);
   const Bitboard steps = shiftForward(Us, pawns) & empty;
-  for (Bitboard last = steps & LastRanks; last != 0;) {
-    const Square to = popLowest(last);
-    list = addPromotions(list, makeQuiet(to - Push, to));
-  }
+  list = addPawnSet(c, list, steps & LastRanks, Push);
   const Bitboard doubles = shiftForward(Us, steps & relativeRankMask(Us, 2)) & empty;
-  list = addDoubleSteps(list, doubles, Push);
-  for (Bitboard plain = steps & ~LastRanks; plain != 0;) {
-    const Square to = popLowest(plain);
-    *list++ = makeQuiet(to - Push, to);
-  }
-  return list;
+  list = addPlainSteps(list, doubles, 2 * Push, DoubleStepFlag);
+  return addPlainSteps(list, steps & ~LastRanks, Push, NoMove);
 }
 
-Move* addKnights(const Context& c, Move* list, Bitboard targets) {
+template <typename Moves>
+Moves addKnights(const Context& c, Moves list, Bitboard targets) {
   for (Bitboard knights = c.unpinned(Knight); knights != 0;) {
     const Square from = popLowest(knights);
     list = addMoves(c, list, from, knightAttacks[from] & targets);
@@ -159,8 +185,8 @@ Move* addKnights(const Context& c, Move* list, Bitboard targets) {
 enum SliderKind { Diagonal = 1, Straight = 2, Both = 3 };
 
 // Moves of the sliders in the set; a pinned one stays on its line.
-template <SliderKind Kind>
-Move* addSliders(const Context& c, Move* list, Bitboard sliders, Bitboard targets) {
+template <SliderKind Kind, typename Moves>
+Moves addSliders(const Context& c, Moves list, Bitboard sliders, Bitboard targets) {
   while (sliders != 0) {
     const Square from = popLowest(sliders);
     Bitboard attacks = 0;
@@ -173,38 +199,40 @@ Move* addSliders(const Context& c, Move* list, Bitboard sliders, Bitboard target
   return list;
 }
 
-template <Colour Us>
-Move* generateMovesFor(const Board& board, Move* list) {
-  const Context c(board);
+template <Colour Us, typename Moves>
+Moves generateMovesFor(const Context& c, Moves list) {
+  const Board& board = c.board;
   const Side& us = board.own();
   const Bitboard targets = ~c.own & ~board.enemy().bb[King];
   list = addPinnedPawns<Us>(c, list);
-  list = addEnPassant(board, list);
+  if (board.epSquare != 0) list = addEnPassant(board, list);
   for (const Wing wing : {ShortWing, LongWing}) {
-    if (canCastle(board, wing)) *list++ = castlingMove(Us, wing);
+    if (canCastle(board, c.attacked, wing)) list = addMove(list, castlingMove(Us, wing));
   }
   list = addUnpinnedPawns<Us>(c, list);
   list = addKnights(c, list, targets);
   list = addSliders<Diagonal>(c, list, us.bb[Bishop] | us.bb[Queen], targets);
   list = addSliders<Straight>(c, list, us.bb[Rook] | us.bb[Queen], targets);
-  return addMoves(c, list, c.king, kingAttacks[c.king] & targets & ~board.enemyAttacks);
+  return addMoves(c, list, c.king, kingAttacks[c.king] & targets & ~c.attacked);
 }
 
-template <Colour Us>
-Move* addPawnEvasions(const Context& c, Move* list, Square checker, Bitboard targets) {
+template <Colour Us, typename Moves>
+Moves addPawnEvasions(const Context& c, Moves list, Square checker, Bitboard targets) {
   constexpr int Push = pushOf(Us);
   const Bitboard pawns = c.unpinned(Pawn);
   const Bitboard empty = ~c.board.occupied;
   const Bitboard steps = shiftForward(Us, pawns) & empty;
   list = addPawnSet(c, list, steps & targets, Push);
   const Bitboard doubles = shiftForward(Us, steps & relativeRankMask(Us, 2)) & empty & targets;
-  list = addDoubleSteps(list, doubles, Push);
+  list = addPlainSteps(list, doubles, 2 * Push, DoubleStepFlag);
   for (Bitboard takers = pawns & pawnAttacks[Us ^ 1][checker]; takers != 0;) {
     const Move move = c.moveTo(popLowest(takers), checker);
     if (contains(LastRanks, checker)) {
-      for (const int type : {Queen, Knight, Rook, Bishop}) *list++ = withPromotion(move, type);
+      for (const int type : {Queen, Knight, Rook, Bishop}) {
+        list = addMove(list, withPromotion(move, type));
+      }
     } else {
-      *list++ = move;
+      list = addMove(list, move);
     }
   }
   if (checker == c.board.epSquare) list = addEnPassant(c.board, list);
@@ -219,12 +247,12 @@ Bitboard answerableChecker(const Board& board) {
   return moreThanOne(checkers) || kingsTouch ? 0 : checkers;
 }
 
-template <Colour Us>
-Move* generateEvasionsFor(const Board& board, Move* list) {
-  const Context c(board);
+template <Colour Us, typename Moves>
+Moves generateEvasionsFor(const Context& c, Moves list) {
+  const Board& board = c.board;
   const Side& us = board.own();
   const Bitboard allowed = ~c.own & ~board.enemy().bb[King];
-  list = addMoves(c, list, c.king, kingAttacks[c.king] & allowed & ~board.enemyAttacks);
+  list = addMoves(c, list, c.king, kingAttacks[c.king] & allowed & ~c.attacked);
   const Bitboard answerable = answerableChecker(board);
   if (answerable == 0) return list;
 
@@ -270,7 +298,7 @@ Move* addPawnCaptures(const Context& c, Move* list, Bitboard targets) {
       list = addPawnMove(list, c.moveTo(from, lowestSquare(capture)));
     }
   }
-  list = addEnPassant(c.board, list);
+  if (c.board.epSquare != 0) list = addEnPassant(c.board, list);
   list = addQueenPromotions<Us>(c, list);
   const Bitboard others = unpinned & ~relativeRankMask(Us, 6);
   list = addPawnSet(c, list, pawnAttacksWest(Us, others) & targets, Push - 1);
@@ -294,14 +322,14 @@ Move* generateCapturesFor(const Board& board, Move* list, Bitboard wanted) {
 
 Move* generateMoves(const Board& board, Move* list) {
   assert(!board.isInCheck());
-  return board.stm == White ? generateMovesFor<White>(board, list)
-                            : generateMovesFor<Black>(board, list);
+  return board.stm == White ? generateMovesFor<White>(Context(board), list)
+                            : generateMovesFor<Black>(Context(board), list);
 }
 
 Move* generateEvasions(const Board& board, Move* list) {
   assert(board.isInCheck());
-  return board.stm == White ? generateEvasionsFor<White>(board, list)
-                            : generateEvasionsFor<Black>(board, list);
+  return board.stm == White ? generateEvasionsFor<White>(Context(board), list)
+                            : generateEvasionsFor<Black>(Context(board), list);
 }
 
 Move* generateCaptures(const Board& board, Move* list, Bitboard targets) {
@@ -313,6 +341,19 @@ Move* generateCaptures(const Board& board, Move* list, Bitboard targets) {
 Move* generateLegal(Board& board, Move* list) {
   updateAttackInfo(board);
   return board.isInCheck() ? generateEvasions(board, list) : generateMoves(board, list);
+}
+
+int countLegal(const Board& board) {
+  const Context c(board, attacksBy(board, board.stm ^ 1), blockersOf(board, board.stm));
+  const bool inCheck = contains(c.attacked, c.king);
+  if (board.stm == White) {
+    return (inCheck ? generateEvasionsFor<White>(c, MoveCount{})
+                    : generateMovesFor<White>(c, MoveCount{}))
+        .moves;
+  }
+  return (inCheck ? generateEvasionsFor<Black>(c, MoveCount{})
+                  : generateMovesFor<Black>(c, MoveCount{}))
+      .moves;
 }
 
 Square usableEpSquare(const Board& board) {
@@ -347,7 +388,7 @@ bool isLegalEnPassant(const Board& board, Move move) {
 
 bool isLegalCastling(const Board& board, Move move) {
   for (const Wing wing : {ShortWing, LongWing}) {
-    if (move == castlingMove(board.stm, wing)) return canCastle(board, wing);
+    if (move == castlingMove(board.stm, wing)) return canCastle(board, board.enemyAttacks, wing);
   }
   return false;
 }

@@ -15,6 +15,10 @@ namespace quill {
 // All legal moves; refreshes the attack information first. An empty result is mate or stalemate.
 Move* generateLegal(Board& board, Move* list);
 
+// How many moves generateLegal would write. Takes no attack information from the Board and leaves
+// it as it is.
+int countLegal(const Board& board);
+
 // All legal moves of a side that is not in check. Requires: valid attack information, not in check.
 Move* generateMoves(const Board& board, Move* list);
 

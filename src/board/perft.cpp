@@ -8,9 +8,9 @@
 namespace quill {
 
 std::uint64_t perft(Board& board, int depth) {
+  if (depth < 2) return static_cast<std::uint64_t>(countLegal(board));
   Move list[MaxMoves];
   const std::span moves(list, generateLegal(board, list));
-  if (depth < 2) return moves.size();
   const UndoInfo undo = board;
   std::uint64_t leaves = 0;
   for (const Move move : moves) {

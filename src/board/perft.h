@@ -8,7 +8,8 @@
 namespace quill {
 
 // The number of move sequences of that length; a depth below 1 counts as 1. The moves of the last
-// ply are counted without being made. Leaves the Board as it was, its attack information refreshed.
+// ply are counted without being written or made. Leaves the Board as it was, but that its attack
+// information may be refreshed.
 // Requires: ply + depth < StackSize.
 std::uint64_t perft(Board& board, int depth);
 

@@ -34,6 +34,14 @@ TEST(MoveGen, CapturesOfACheckerPromoteInAnOrderOfTheirOwn) {
   EXPECT_EQ(types, (std::vector<int>{Queen, Knight, Rook, Bishop}));
 }
 
+// The count, on a board whose attack information is wrong: it must not be used.
+int countOnStaleBoard(const Board& board) {
+  Board stale = board;
+  stale.enemyAttacks = ~board.enemyAttacks;
+  stale.blockers = {~board.blockers[White], ~board.blockers[Black]};
+  return countLegal(stale);
+}
+
 // Positions in which a rule decides that random games seldom meet.
 constexpr const char* EdgeFens[] = {
     // En passant that opens the king along the rank, along a diagonal, through the captured pawn.
@@ -70,7 +78,9 @@ constexpr const char* EdgeFens[] = {
 TEST(MoveGen, EdgePositionsAgreeWithTheSlowRules) {
   for (const char* fen : EdgeFens) {
     Board board = boardOf(fen);
-    EXPECT_EQ(sorted(legalMovesOf(board)), slowLegalMoves(board)) << fen;
+    const std::vector<Move> expected = slowLegalMoves(board);
+    EXPECT_EQ(sorted(legalMovesOf(board)), expected) << fen;
+    EXPECT_EQ(countOnStaleBoard(board), std::ssize(expected)) << fen;
   }
 }
 
@@ -98,6 +108,7 @@ TEST(MoveGen, GeneratorsAgreeWithTheSlowRules) {
     Board& board = positions.next();
     const std::vector<Move> legal = legalMovesOf(board);
     ASSERT_EQ(sorted(legal), slowLegalMoves(board)) << describe(board);
+    ASSERT_EQ(countOnStaleBoard(board), std::ssize(legal)) << describe(board);
     if (board.isInCheck()) continue;
     const Bitboard enemies = board.enemy().bb[0];
     const Bitboard some = enemies & (Bitboard{positions.bits()} << 32 | positions.bits());
