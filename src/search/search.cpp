@@ -302,10 +302,20 @@ Verdict takeSplit(Worker& worker, Node& node, const SplitResult& result) {
 // Most children are searched quickly, so a child's table line is asked for this many moves ahead.
 constexpr int PrefetchAhead = 2;
 
+// Asks for the table line of the move's child, unless futility pruning will most likely skip the
+// move: there are more of those than of all others, and each would push a useful line out.
+void prefetchMove(const Worker& worker, const Node& node, const NodeMoves& moves, const Move* at) {
+  if (at >= moves.late && node.futilityLimit < node.alpha && isQuiet(*at) &&
+      !(moves.hasThreats && moves.threats[at - moves.list] != NoThreat)) {
+    return;
+  }
+  worker.tt.prefetchChild(worker.board, *at);
+}
+
 Verdict searchMoves(Worker& worker, Node& node, NodeMoves& moves) {
   const Move excluded = withoutMark(node.hashMove);
   for (const Move* at = moves.list; at < std::min(moves.list + PrefetchAhead, moves.end); ++at)
-    worker.tt.prefetchChild(worker.board, *at);
+    prefetchMove(worker, node, moves, at);
   for (const Move* at = moves.list; at != moves.end; ++at) {
     const Move move = *at;
     if (excluded != NoMove && isSameMove(move, excluded)) continue;
@@ -314,7 +324,7 @@ Verdict searchMoves(Worker& worker, Node& node, NodeMoves& moves) {
       if (const auto split = splitMoves(worker, node, moves, at))
         return takeSplit(worker, node, *split);
     }
-    if (moves.end - at > PrefetchAhead) worker.tt.prefetchChild(worker.board, at[PrefetchAhead]);
+    if (moves.end - at > PrefetchAhead) prefetchMove(worker, node, moves, at + PrefetchAhead);
     const bool late = at >= moves.late;
     const int threat = late ? threatOf(worker, node, moves, at) : NoThreat;
     const MoveResult result = searchMove(worker, node, node.undo, move, late, threat, node.alpha,
