@@ -37,8 +37,9 @@ int damped(int score, int quietPlies) {
 [[gnu::always_inline]] inline EvalSteps takeSteps(Evaluator& evaluator) {
   const Board& board = evaluator.board;
   EvalSteps steps{};
-  int scale = FullScale;
-  steps.material = materialBalance(board, scale);
+  const MaterialEntry& material = evaluator.material.find(board);
+  int scale = material.scale;
+  steps.material = material.balance;
   steps.materialScale = scale;
   steps.trapped = trappedPieces(evaluator);
   int score = steps.material + steps.trapped;
@@ -52,7 +53,7 @@ int damped(int score, int quietPlies) {
   score += steps.pieces[White] - steps.pieces[Black];
   steps.sum = score;
 
-  steps.isExact = endgameRules(evaluator, score, scale);
+  steps.isExact = material.isEnding && endgameRules(evaluator, score, scale);
   steps.ruled = score;
   steps.scale = scale;
   if (steps.isExact) {
@@ -72,7 +73,7 @@ EvalSteps evaluateSteps(Evaluator& evaluator) { return takeSteps(evaluator); }
 
 int evaluate(Evaluator& evaluator) {
   ++evaluator.evalCount;
-  const std::uint64_t key = evaluator.board.key ^ static_cast<std::uint64_t>(evaluator.board.stm);
+  const std::uint64_t key = EvalCache::keyOf(evaluator.board);
   EvalCache::Entry& slot = evaluator.evalCache[key];
   if (slot.key == key) return slot.score;
   slot = {key, takeSteps(evaluator).result};

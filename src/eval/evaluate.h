@@ -13,7 +13,6 @@ namespace quill {
 // Results of evaluate stay within +-MaxEvaluation, so that none can be taken for a mate score.
 inline constexpr int MaxEvaluation = 9999;
 
-inline constexpr int FullScale = 1024;     // the whole score counts
 inline constexpr int SideToMoveBonus = 7;  // centipawns
 
 // One evaluation step by step, in centipawns and from White's view unless a line says otherwise.

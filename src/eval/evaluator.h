@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "board/board.h"
+#include "eval/material.h"
 #include "eval/pawn_hash.h"
 #include "eval/weights.h"
 #include "platform/prefetch.h"
@@ -22,7 +23,11 @@ struct EvalCache {
     std::int32_t score;  // the result, centipawns, side to move's view
   };
 
+  static std::uint64_t keyOf(const Board& board) {
+    return board.key ^ static_cast<std::uint64_t>(board.stm);
+  }
   Entry& operator[](std::uint64_t key) { return entries[key & (Size - 1)]; }
+  const Entry& operator[](std::uint64_t key) const { return entries[key & (Size - 1)]; }
 
   std::array<Entry, Size> entries{};
 };
@@ -42,15 +47,18 @@ struct Evaluator {
   // King shelter by colour, computed in the call in progress for the other colour's king attack.
   std::array<int, 2> shelter{};
   EvalCache evalCache;
+  MaterialTable material;
 };
 
 // Empties the cache and the pawn hash.
 void clearEvaluator(Evaluator& evaluator);
 
-// Prefetches the pawn hash entry of the board's pawns; to be called soon after a move is made.
-inline void prefetchPawnEntry(const Evaluator& evaluator) {
+// Prefetches what the caches hold of the board and of its pawns; to be called soon after a move is
+// made.
+inline void prefetchEvaluation(const Evaluator& evaluator) {
   const PawnHash& hash = evaluator.pawnHash;
   platform::prefetch(hash.table + (evaluator.board.pawnKey & hash.mask));
+  platform::prefetch(&evaluator.evalCache[EvalCache::keyOf(evaluator.board)]);
 }
 
 }  // namespace quill

@@ -13,6 +13,13 @@ int leadFactor(std::uint32_t behind) {
          2 * queenCount(behind);
 }
 
+// endgameRules says nothing where both sides have pawns and pieces and there are more than two
+// pieces in all.
+bool mayHaveEndgameRule(std::uint32_t white, std::uint32_t black) {
+  return pawnCount(white) == 0 || pawnCount(black) == 0 || pieceCount(white) == 0 ||
+         pieceCount(black) == 0 || pieceCount(white) + pieceCount(black) <= 2;
+}
+
 }  // namespace
 
 int materialBalance(const Board& board, int& scale) {
@@ -46,6 +53,23 @@ int materialBalance(const Board& board, int& scale) {
     value += 4 * lead * leadFactor(white);
   }
   return value;
+}
+
+MaterialTable::MaterialTable() { entries_.fill({0, 0, FullScale, true}); }
+
+const MaterialEntry& MaterialTable::find(const Board& board) {
+  const std::uint32_t white = board.side[White].material;
+  const std::uint32_t black = board.side[Black].material;
+  const std::uint64_t signatures = white | (std::uint64_t{black} << 32);
+  // Multiplying by the golden ratio spreads the counts over the top bits.
+  MaterialEntry& entry = entries_[(signatures * 0x9E3779B97F4A7C15) >> (64 - IndexBits)];
+  if (entry.signatures != signatures) [[unlikely]] {
+    int scale = FullScale;
+    const int balance = materialBalance(board, scale);
+    entry = {signatures, balance, static_cast<std::int16_t>(scale),
+             mayHaveEndgameRule(white, black)};
+  }
+  return entry;
 }
 
 }  // namespace quill

@@ -85,6 +85,7 @@ int endgameSupportOf(const PassedContext<Us>& c, Square square, bool hasPartner)
 
 template <Colour Us>
 void addPassed(const Evaluator& evaluator, int& opening, int& endgame) {
+  if ((evaluator.pawnEntry->passed & evaluator.board.side[Us].bb[Pawn]) == 0) return;
   const PassedContext<Us> context(evaluator);
   const int openingWeight = evaluator.tables.weights[PassedPawnsOpening];
   const int endgameWeight = evaluator.tables.weights[PassedPawnsEndgame];

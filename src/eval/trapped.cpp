@@ -18,6 +18,14 @@ constexpr Trap BishopTraps[] = {{A7, B6, 150}, {H7, G6, 150}, {A6, B5, 100}, {H6
 
 constexpr int ShutInRook = 45;
 
+// Where a piece can be trapped: almost always empty.
+template <Colour Us, std::size_t Count>
+constexpr Bitboard squaresOf(const Trap (&traps)[Count]) {
+  Bitboard squares = 0;
+  for (const Trap& trap : traps) squares |= bit(relativeSquare(Us, trap.piece));
+  return squares;
+}
+
 template <Colour Us, std::size_t Count>
 int priceOf(Bitboard pieces, Bitboard enemyPawns, const Trap (&traps)[Count]) {
   int price = 0;
@@ -46,8 +54,13 @@ template <Colour Us>
 int trappedPrice(const Board& board) {
   const Side& side = board.side[Us];
   const Bitboard enemyPawns = board.side[Us ^ 1].bb[Pawn];
-  int price = priceOf<Us>(side.bb[Knight], enemyPawns, KnightTraps);
-  price += priceOf<Us>(side.bb[Bishop], enemyPawns, BishopTraps);
+  constexpr Bitboard KnightSquares = squaresOf<Us>(KnightTraps);
+  constexpr Bitboard BishopSquares = squaresOf<Us>(BishopTraps);
+  int price = 0;
+  if ((side.bb[Knight] & KnightSquares) != 0)
+    price += priceOf<Us>(side.bb[Knight], enemyPawns, KnightTraps);
+  if ((side.bb[Bishop] & BishopSquares) != 0)
+    price += priceOf<Us>(side.bb[Bishop], enemyPawns, BishopTraps);
   if (isShutIn<Us>(side, B1, C1, 0, 1)) price += ShutInRook;
   if (isShutIn<Us>(side, F1, G1, 7, 6)) price += ShutInRook;
   return price;

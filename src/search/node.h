@@ -29,7 +29,7 @@ inline int pieces(const Board& board, Colour colour) {
 inline void makeForSearch(Worker& worker, Move move) {
   makeMove(worker.board, move);
   worker.tt.prefetch(worker.board);
-  prefetchPawnEntry(worker.evaluator);
+  prefetchEvaluation(worker.evaluator);
   updateAttackInfo(worker.board);
 }
 
