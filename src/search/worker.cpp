@@ -31,6 +31,9 @@ void Worker::reset() {
   splitsInUse = 0;
   splits = 0;
   joins = 0;
+  splitAttempts = 0;
+  emptyJoins = 0;
+  poolLocks = 0;
   kills.store(0, std::memory_order_relaxed);
   timeSpent = {};
 }

@@ -73,34 +73,38 @@ void publishBest(SplitPoint& split, const LocalBest& best) {
 }
 
 // The move loop at a split point, run by the owner and by every helper, each on a board of its own.
-void searchSplitPoint(Worker& worker, SplitPoint& split) {
+// Whether there was a move to search.
+bool searchSplitPoint(Worker& worker, SplitPoint& split) {
   const NodeParams& node = split.node;
   const int entryAlpha = split.alpha.load(std::memory_order_relaxed);
   LocalBest best{split.bestScore.load(std::memory_order_relaxed), NoMove};
   const UndoInfo undo = worker.board;
+  bool hasSearched = false;
   while (!worker.isUnwinding()) {
     const int i = split.nextIndex.fetch_add(1, std::memory_order_relaxed);
     if (i >= split.moveCount.load(std::memory_order_relaxed)) {
       if (best.score <= entryAlpha && best.move != NoMove) publishBest(split, best);
-      return;
+      break;
     }
     const Move move = split.moves[i];
     if (split.firstMove != NoMove && isSameMove(move, split.firstMove)) continue;
+    hasSearched = true;
     const int alpha = split.alpha.load(std::memory_order_relaxed);
     const MoveResult result =
         searchMove(worker, node, undo, move, i >= split.lateIndex, split.threats[i], alpha, true);
     // The result of a search that was killed is worth nothing.
-    if (result.kind == MoveResult::Stopped || worker.isUnwinding()) return;
+    if (result.kind == MoveResult::Stopped || worker.isUnwinding()) break;
     if (result.score <= best.score) continue;
     best = {result.score, move};
     if (result.kind == MoveResult::Pruned) continue;
     if (result.score >= node.beta) {
       publishCutOff(split, move, result.score);
-      killWorkers(worker.state, split);
-      return;
+      killWorkers(worker, split);
+      break;
     }
     publishAlpha(worker, split, move, result.score);
   }
+  return hasSearched;
 }
 
 // Lowers the stop flag and raises it again when there is still a reason. Under the spinLock: a kill
@@ -128,7 +132,7 @@ void searchFrom(Worker& worker, SplitPoint& split, int fromPly) {
   // The search may have ended meanwhile.
   if (worker.state.rootStop.load(std::memory_order_relaxed))
     worker.stop.store(true, std::memory_order_relaxed);
-  searchSplitPoint(worker, split);
+  if (!searchSplitPoint(worker, split)) ++worker.emptyJoins;
   account(worker, WorkTime);
 }
 
@@ -197,6 +201,7 @@ void fillSplitPoint(SplitPoint& split, const SplitRequest& request) {
 
 std::optional<SplitResult> trySplit(Worker& worker, const SplitRequest& request) {
   account(worker, WorkTime);
+  ++worker.splitAttempts;
   SplitPoint& split = worker.splitPoints[worker.splitsInUse];
   split.workers.store(0, std::memory_order_relaxed);
   split.stage.store(SplitPublished, std::memory_order_relaxed);

@@ -56,7 +56,9 @@ SplitPoint* reserveDeepest(Worker& worker) {
 
 void handOut(Worker& owner, SplitPoint& split) {
   SearchState& state = owner.state;
-  if (state.idleCount.load() <= 0 || !state.poolLock.try_lock()) return;
+  if (state.idleCount.load() <= 0) return;
+  ++owner.poolLocks;
+  if (!state.poolLock.try_lock()) return;
   const Guard poolGuard(state.poolLock, std::adopt_lock);
   if (state.idleCount.load() <= 0) return;
   state.idleCount.fetch_sub(HandOutBracket);
@@ -80,6 +82,7 @@ void handOut(Worker& owner, SplitPoint& split) {
 
 void findWork(Worker& worker) {
   SearchState& state = worker.state;
+  ++worker.poolLocks;
   const Guard poolGuard(state.poolLock);
   if (worker.isStopped()) return;
   SplitPoint* split = reserveDeepest(worker);
@@ -100,7 +103,9 @@ void withdrawAvailability(Worker& worker) {
   worker.state.idleCount.fetch_sub(1);
 }
 
-void killWorkers(SearchState& state, const SplitPoint& split) {
+void killWorkers(Worker& killer, const SplitPoint& split) {
+  SearchState& state = killer.state;
+  ++killer.poolLocks;
   const Guard poolGuard(state.poolLock);
   for (const auto& entry : state.workers) {
     Worker& worker = *entry;

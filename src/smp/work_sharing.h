@@ -34,6 +34,6 @@ void findWork(Worker& worker);
 void withdrawAvailability(Worker& worker);
 
 // Stops everyone who works at the split point or below it.
-void killWorkers(SearchState& state, const SplitPoint& split);
+void killWorkers(Worker& killer, const SplitPoint& split);
 
 }  // namespace quill
