@@ -11,6 +11,7 @@
 
 #include "board/board.h"
 #include "book/book_keys.h"
+#include "platform/paths.h"
 
 namespace quill {
 
@@ -104,7 +105,8 @@ bool Book::open(const char* path) {
   close();
   // Checked before it is opened: opening a pipe could wait forever for a writer.
   std::error_code error;
-  if (path == nullptr || !std::filesystem::is_regular_file(path, error)) return false;
+  if (path == nullptr) return false;
+  if (!std::filesystem::is_regular_file(platform::pathOf(path), error)) return false;
   // Look-ups jump about in the file, so a stream buffer would only read what is not needed.
   file_.rdbuf()->pubsetbuf(nullptr, 0);
   file_.open(path, std::ios::binary);

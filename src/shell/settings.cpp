@@ -8,6 +8,7 @@
 #include <memory>
 #include <system_error>
 
+#include "platform/paths.h"
 #include "shell/log.h"
 
 namespace quill {
@@ -93,7 +94,7 @@ EngineString trimmed(const char* begin, const char* end) {
 bool Settings::load(const char* path) {
   // Checked before it is opened: a pipe could wait forever for a writer, a device might never end.
   std::error_code error;
-  if (!std::filesystem::is_regular_file(path, error)) return false;
+  if (!std::filesystem::is_regular_file(platform::pathOf(path), error)) return false;
   std::FILE* file = std::fopen(path, "rb");
   if (file == nullptr) return false;
 

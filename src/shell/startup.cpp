@@ -23,7 +23,7 @@ constexpr char DefaultSettingsFile[] = "quill.ini";
 constexpr char DefaultBookFile[] = "quill.bbk";
 
 bool loadSettings(Engine& engine, const std::filesystem::path& path) {
-  const std::string name = path.string();
+  const std::string name = platform::nameOf(path);
   if (!engine.settings.load(name.c_str())) return false;
   std::printf("inifile=%s\n", name.c_str());
   return true;
@@ -33,7 +33,8 @@ bool loadSettings(Engine& engine, const std::filesystem::path& path) {
 // in the current folder may lie beside the program or where the build installs its data, the default
 // one where it installs the settings.
 void findSettings(Engine& engine, const char* named) {
-  const std::filesystem::path file = named == nullptr ? DefaultSettingsFile : named;
+  const std::filesystem::path file =
+      platform::pathOf(named == nullptr ? DefaultSettingsFile : named);
   if (loadSettings(engine, file)) return;
   const std::filesystem::path program = platform::programFolder();
   if (program.empty()) return;

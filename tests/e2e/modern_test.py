@@ -3,11 +3,13 @@
 import os
 import random
 import re
+import shutil
+import subprocess
 import time
 import unittest
 
 from chess_rules import START_FEN, Position
-from session import SessionTest
+from session import QUILL, TIMEOUT, SessionTest
 from strict_client import MOVE, StrictClient, after
 
 SEQUENCES = int(os.environ.get("SEQUENCES", "100"))
@@ -87,6 +89,23 @@ class Handshake(ModernTest):
                 else:
                     self.assertEqual(expected[1], "", (profile, log))
                 self.assertEqual(os.listdir(self.folder), ["my.ini"], (profile, log))
+
+    def test_files_are_found_in_a_folder_of_any_name(self):
+        home = os.path.join(self.folder, "Schach-Müller", "棋")
+        os.makedirs(home)
+        program = shutil.copy(QUILL[-1], home)
+        shutil.copy(os.path.join(os.path.dirname(QUILL[-1]), "quill.bbk"),
+                    os.path.join(home, "Bücher.bbk"))
+        self.write("Schach-Müller/棋/棋.ini", "book.file=Bücher.bbk\nuci.errorlog=Fehler-棋.log\n"
+                   "uci.profile=modern\n")
+        current = os.path.dirname(home)
+        done = subprocess.run([*QUILL[:-1], program, "棋.ini"], input="uci\nxyz\n", cwd=current,
+                              capture_output=True, encoding="utf-8", timeout=TIMEOUT, check=True)
+        place = r".*Schach-Müller[/\\]棋[/\\]"
+        self.assertRegex(done.stdout, rf"\ninifile={place}棋\.ini\n")
+        self.assertRegex(done.stdout, rf"\nbook={place}Bücher\.bbk, \d+ moves\n")
+        with open(os.path.join(current, "Fehler-棋.log"), encoding="ascii") as log:
+            self.assertEqual(log.read(), "unknown uci command: xyz\n")
 
     def test_an_unknown_profile_is_named_and_counts_as_classic(self):
         self.write("my.ini", "uci.profile=Modern\n")

@@ -13,6 +13,7 @@
 #include "board/notation.h"
 #include "book/book.h"
 #include "platform/files.h"
+#include "platform/paths.h"
 
 namespace quill {
 
@@ -196,10 +197,10 @@ bool BookBuilder::write(const std::string& path) {
   file << out;
   file.close();
   std::error_code error;
-  if (file) std::filesystem::rename(unfinished, path, error);
+  if (file) std::filesystem::rename(platform::pathOf(unfinished), platform::pathOf(path), error);
   if (file && !error) return true;
   std::error_code ignored;
-  std::filesystem::remove(unfinished, ignored);
+  std::filesystem::remove(platform::pathOf(unfinished), ignored);
   return false;
 }
 

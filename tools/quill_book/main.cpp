@@ -12,6 +12,7 @@
 #include "board/zobrist.h"
 #include "book/book_selector.h"
 #include "platform/files.h"
+#include "platform/paths.h"
 #include "quill_book/book_builder.h"
 #include "quill_book/book_check.h"
 #include "quill_book/command_line.h"
@@ -31,7 +32,7 @@ bool complain(const std::string& path, const char* fault) {
 // On failure: false, with one line on standard error.
 bool isReadable(const std::string& path) {
   std::error_code error;
-  const auto type = std::filesystem::status(path, error).type();
+  const auto type = std::filesystem::status(platform::pathOf(path), error).type();
   if (type == std::filesystem::file_type::not_found) return complain(path, "no such file");
   if (type == std::filesystem::file_type::directory) return complain(path, "is a directory");
   return platform::mayRead(path.c_str()) || complain(path, "can't be read");
@@ -42,17 +43,18 @@ bool isReadable(const std::string& path) {
 // On failure: false, with one line on standard error.
 bool isWritable(const std::string& book, const std::vector<std::string>& games) {
   std::error_code error;
+  const std::filesystem::path path = platform::pathOf(book);
   for (const std::string& file : games) {
-    if (std::filesystem::equivalent(file, book, error)) {
+    if (std::filesystem::equivalent(platform::pathOf(file), path, error)) {
       return complain(book, "not written, it is one of the files of games");
     }
   }
-  const auto old = std::filesystem::status(book, error);
+  const auto old = std::filesystem::status(path, error);
   if (std::filesystem::is_directory(old)) return complain(book, "is a directory");
   if (std::filesystem::exists(old) && !std::filesystem::is_regular_file(old)) {
     return complain(book, "is not a regular file");
   }
-  const std::string folder = std::filesystem::path(book).parent_path().string();
+  const std::string folder = platform::nameOf(path.parent_path());
   return platform::mayWrite(folder.empty() ? "." : folder.c_str()) ||
          complain(book, "can't be written");
 }
