@@ -100,7 +100,7 @@ class Output(FaultTest):
         ignore = lambda: signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
         with open(os.path.join(self.folder, "out"), "wb") as out:
             for number, command in enumerate((b"uci\n" + SEARCH, b"mt 1000\ng\n")):
-                size = out.tell() + 2500
+                size = out.tell() + 1900  # more than start-up writes
                 process = self.start(stdout=out, prepare=ignore, restore_signals=False,
                                      limits=[(resource.RLIMIT_FSIZE, size)])
                 self.tell(process, command)
