@@ -69,6 +69,12 @@ function(quill_tests folder)
     target_compile_options(${program} PRIVATE -Wno-maybe-uninitialized)
   endif()
   target_link_libraries(${program} PRIVATE quill_test_support ${ARGN})
+  # GoogleTest's headers take longer than most tests: they are compiled once for all programs.
+  if(TARGET platform_tests AND NOT program STREQUAL "platform_tests")
+    target_precompile_headers(${program} REUSE_FROM platform_tests)
+  else()
+    target_precompile_headers(${program} PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
+  endif()
   gtest_discover_tests(${program} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
     TEST_FILTER "-*Slow.*" PROPERTIES TIMEOUT 600)
   gtest_discover_tests(${program} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60

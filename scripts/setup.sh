@@ -50,6 +50,8 @@ install_missing() {
     apt-get $wait install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# Makes cmake use ccache, if it is installed.
+# Makes cmake use ccache, if it is installed. It keeps what uses precompiled headers only when it is
+# told that it may.
+export CCACHE_SLOPPINESS=pch_defines,time_macros
 launcher=()
 if command -v ccache > /dev/null; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache); fi
