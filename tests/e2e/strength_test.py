@@ -38,11 +38,6 @@ class LimitedStrength(SessionTest):
             position.push(answer.move)
         return moves, (position.outcome() or ("1/2-1/2", ""))[0]
 
-    def test_says_the_line_of_the_move_that_it_plays_and_can_do_so_again(self):
-        player = self.player(1300)
-        first = self.play(player, player, OPENINGS[0])
-        self.assertEqual(self.play(player, player, OPENINGS[0]), first)
-
     def test_a_clock_that_is_nearly_spent_ends_the_search_before_its_nodes_do(self):
         player = self.player(2400)
         for opening in OPENINGS[:6]:

@@ -3,7 +3,6 @@
 import re
 import select
 import subprocess
-import time
 import unittest
 
 from session import QUILL, TIMEOUT, SessionTest
@@ -60,35 +59,12 @@ class Protocol(SessionTest):
         self.assertIn("perft 1                       20 ops", result.out)
         self.assertNotIn("%", result.out.split("uciok")[1].replace("=", ""))
 
-    def test_plays_a_game_against_itself(self):
-        moves = []
-        with Engine(QUILL, cwd=self.folder, timeout=TIMEOUT) as engine:
-            for _ in range(60):
-                moves.append(engine.go("wtime 3200 btime 3200 winc 10 binc 10",
-                                       "startpos moves " + " ".join(moves)).move)
-                if moves[-1] == "0000":
-                    break
-        self.assertEqual(engine.process.returncode, 0)
-        self.assertNotIn("invalid move", self.read_log())
-
-
     def test_plays_from_the_book_at_once(self):
         self.write("quill.ini", "uci.profile=modern\n")  # finds the book beside the program
         with Engine(QUILL, cwd=self.folder, timeout=TIMEOUT) as engine:
             answer = engine.go("movetime 100000", "startpos")
         self.assertRegex(answer.move, MOVE)
         self.assertLessEqual(len(answer.infos), 1)
-
-    def test_ponders_until_the_move_is_played(self):
-        with Engine(QUILL, {"Threads": 4}, cwd=self.folder, timeout=TIMEOUT) as engine:
-            engine.send("position startpos moves e2e4 e7e5", "go ponder movetime 100")
-            time.sleep(0.5)
-            engine.send("isready")
-            lines = engine.until("readyok")
-            self.assertGreater(len(lines), 5)
-            self.assertNotIn("bestmove", "".join(lines))
-            engine.send("ponderhit")
-            self.assertRegex(engine.answer(time.monotonic()).move, MOVE)
 
 
 class Sequences(SessionTest):
@@ -115,10 +91,6 @@ class Endings(SessionTest):
         for go in ("go movetime 300", "go infinite", "go ponder wtime 9000", "go depth 6"):
             result = self.run_session(f"uci\nposition startpos\n{go}")
             self.assertEqual(len(result.answers()), 1, go)
-
-    def test_a_go_without_uci_is_answered_too(self):
-        result = self.run_session("position startpos moves e2e4\ngo depth 4\n")
-        self.assertEqual(len(result.answers()), 1)
 
 
 class BadInput(SessionTest):

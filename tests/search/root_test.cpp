@@ -11,7 +11,6 @@
 #include "support/play.h"
 #include "support/positions.h"
 #include "support/search_kit.h"
-#include "support/slow_rules.h"
 
 namespace quill {
 namespace {
@@ -210,19 +209,6 @@ TEST_F(RootTest, LineBelowTheMarginCostsNoWiderWindow) {
     nodes[margin / 100] = kit.state().searchedNodes();
   }
   EXPECT_LT(nodes[1], nodes[0]);
-}
-
-TEST_F(RootTest, SameSearchTwiceIsTheSame) {
-  for (const char* fen : {test::KiwipeteFen, test::QuietFen, test::RookEndingFen}) {
-    think(fen, 7);
-    const std::uint64_t nodes = kit.state().searchedNodes();
-    const int score = bestScore(kit.rootMoves());
-    const Board before(kit.board());
-    think(fen, 7);
-    EXPECT_EQ(test::difference(kit.board(), before), "") << fen;
-    EXPECT_EQ(kit.state().searchedNodes(), nodes) << fen;
-    EXPECT_EQ(bestScore(kit.rootMoves()), score) << fen;
-  }
 }
 
 TEST_F(RootTest, BestLineStandsInTheTableAfterwards) {
