@@ -267,24 +267,27 @@ def rating_difference(wins, draws, losses):
     return points(mean - margin), points(mean), points(mean + margin)
 
 
-def play_share(args, job, results):
+def play_share(args, job, results, after_game):
     """Plays every game whose number belongs to the job; the outcomes go into the queue."""
     match = Match(args)
     try:
         for number in range(job, args.games, args.jobs):
             results.put(match.play(number))
+            if after_game:
+                after_game(job, match.engines)
     finally:
         match.close()
         results.put(None)
 
 
-def play_match(args):
+def play_match(args, after_game=None):
     """Plays all games, as many at a time as there are jobs. Each job is a process of its own, so
-    that one game's bookkeeping takes nothing from another's clock."""
+    that one game's bookkeeping takes nothing from another's clock; there after_game is called with
+    the job's number and its two engines (None for one that has died) after each game."""
     score = Score()
     results = multiprocessing.Queue()
     jobs = [
-        multiprocessing.Process(target=play_share, args=(args, job, results))
+        multiprocessing.Process(target=play_share, args=(args, job, results, after_game))
         for job in range(args.jobs)
     ]
     for job in jobs:
@@ -317,7 +320,7 @@ def read_openings(path):
     return openings
 
 
-def main():
+def argument_parser():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("engine1")
     parser.add_argument("engine2")
@@ -335,8 +338,11 @@ def main():
     for n in (1, 2):
         parser.add_argument(f"--option{n}", action="append", default=[], metavar="NAME=VALUE")
         parser.add_argument(f"--name{n}")
-    args = parser.parse_args()
+    return parser
 
+
+def main():
+    args = argument_parser().parse_args()
     score = play_match(args)
     score.report((args.name1 or args.engine1, args.name2 or args.engine2))
     return 1 if any(count for (engine, _), count in score.faults.items() if engine == 0) else 0

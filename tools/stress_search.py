@@ -41,7 +41,7 @@ class Stress:
         self.engine = engine
         self.args = args
         self.random = random.Random(args.seed)
-        self.legal = {fen: Position(fen).legal_moves() or ["0000"] for fen in POSITIONS}
+        self.legal = {fen: Position(fen).legal_moves() or ["0000", "(none)"] for fen in POSITIONS}
         self.searches = self.repeats = 0
         self.slowest = 0.0
 
@@ -212,7 +212,7 @@ class Stress:
         )
 
 
-def main():
+def argument_parser():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("engine")
     parser.add_argument("--threads", type=int, default=2)
@@ -222,7 +222,11 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--limit", type=float, default=1.0, help="seconds from stop to answer")
     parser.add_argument("--patience", type=float, default=60.0, help="longest silence, seconds")
-    args = parser.parse_args()
+    return parser
+
+
+def main():
+    args = argument_parser().parse_args()
 
     prefix = ["taskset", "-c", args.cpus] if args.cpus else []
     print(f"threads {args.threads}, processors {args.cpus or 'all'}, seed {args.seed}")
