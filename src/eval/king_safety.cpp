@@ -95,18 +95,16 @@ int kingAttack(const Evaluator& evaluator, Colour colour, const AttackRecord& at
   const Bitboard pawnAttacked =
       pawnSetAttacks(colour, board.side[colour].bb[Pawn]) & kingZone(king);
 
-  int attackers = attack.count;
-  int danger = 2 * attack.weight;
-  if (pawnAttacked != 0) {
-    attackers += 1;
-    danger += moreThanOne(pawnAttacked) ? 4 : 2;
-  }
-  danger += 4 * KingSquarePenalty[tableIndex(colour ^ 1, king)];
-  danger -= evaluator.shelter[static_cast<unsigned>(colour ^ 1)];
-  danger += 8 * attackers;
-  if (board.stm == colour) danger += 4;
+  // Free of branches, for they would all be hard to foresee.
+  const int pawns = (pawnAttacked != 0 ? 1 : 0) + (moreThanOne(pawnAttacked) ? 1 : 0);
+  const int attackers = attack.count + (pawnAttacked != 0 ? 1 : 0);
+  const int danger = 2 * attack.weight + 2 * pawns +
+                     4 * KingSquarePenalty[tableIndex(colour ^ 1, king)] -
+                     evaluator.shelter[static_cast<unsigned>(colour ^ 1)] + 8 * attackers +
+                     (board.stm == colour ? 4 : 0);
 
-  const std::int64_t level = std::max(danger / 4, 0);
+  // A quarter of the danger, none when it is below 0.
+  const std::int64_t level = std::max(danger, 0) / 4;
   const std::int64_t weight = evaluator.tables.weights[KingAttack];
   return static_cast<int>((weight * 5 * level * level) >> 16);
 }

@@ -1,6 +1,8 @@
 // The king's shelter in the middlegame, its activity in the endgame, and the attack on it.
 #pragma once
 
+#include <array>
+
 #include "board/attacks.h"
 #include "board/board.h"
 
@@ -15,11 +17,14 @@ constexpr Square kingFront(Square square) {
   return makeSquare(file == 0 ? 1 : file == 7 ? 6 : file, rank == 0 ? 1 : rank == 7 ? 6 : rank);
 }
 
-// The nine squares at a king on which attacks count.
-inline Bitboard kingZone(Square king) {
-  const Square front = kingFront(king);
-  return kingAttacks[front] | bit(front);
-}
+// The nine squares at a king on which attacks count, by its square.
+inline constexpr std::array<Bitboard, 64> KingZones = [] {
+  std::array<Bitboard, 64> zones{};
+  for (Square king = 0; king < 64; ++king)
+    zones[static_cast<unsigned>(king)] = grow(bit(kingFront(king)));
+  return zones;
+}();
+inline Bitboard kingZone(Square king) { return KingZones[static_cast<unsigned>(king)]; }
 
 // One colour's pieces against the enemy king: knights that reach its zone, and every bishop, rook
 // and queen. It stays empty for a colour that has not the material to attack.

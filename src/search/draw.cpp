@@ -31,9 +31,10 @@ bool canGoBack(Worker& worker, int ply, int beta) {
 bool hasInsufficientMaterial(const Board& board) {
   constexpr std::uint32_t PawnsRooksQueens = 0x0FF00F00;
   constexpr int MostPoints = 4;
-  return std::all_of(board.side.begin(), board.side.end(), [](const Side& side) {
-    return (side.material & PawnsRooksQueens) == 0 && materialPoints(side.material) <= MostPoints;
-  });
+  const std::uint32_t white = board.side[White].material;
+  const std::uint32_t black = board.side[Black].material;
+  return ((white | black) & PawnsRooksQueens) == 0 && materialPoints(white) <= MostPoints &&
+         materialPoints(black) <= MostPoints;
 }
 
 // One earlier occurrence draws inside the tree; close to the root, where the game's own history is
@@ -53,6 +54,8 @@ bool isRepetition(const Board& board, int ply) {
 
 bool isDrawByRule(Worker& worker, int ply, int beta) {
   const Board& board = worker.board;
+  // Most nodes of the quiescence search come just after a capture: nothing can repeat there.
+  if (board.quietPlies() <= 2) return hasInsufficientMaterial(board);
   return canGoBack(worker, ply, beta) || board.quietPlies() > FiftyMovePlies ||
          hasInsufficientMaterial(board) || isRepetition(board, ply);
 }

@@ -59,7 +59,7 @@ constexpr Bitboard OuterRanks = rankMask(0) | rankMask(1) | rankMask(6) | rankMa
 // The moves that are known to be promising at this ply before any is looked at.
 struct KnownMoves {
   std::array<Move, 7> moves;
-  Bitboard destinations = 0;  // spares most moves the comparison with each of the seven
+  Bitboard marks = 0;  // of the seven; spares most other moves the comparison with each of them
   static constexpr std::array<int, 7> Scores = {
       HashMoveScore,          KillerScore,      KillerScore - 1,     EarlierKillerScore,
       EarlierKillerScore - 1, LaterKillerScore, LaterKillerScore - 1};
@@ -77,12 +77,17 @@ struct KnownMoves {
              earlier[1],
              later[0],
              later[1]};
-    for (const Move move : moves) destinations |= bit(toOf(move));
+    for (const Move move : moves) marks |= bit(markOf(move));
+  }
+
+  // A number 0..63 that few of a node's moves share.
+  static int markOf(Move move) {
+    return static_cast<int>((move ^ (move >> 6) ^ (move >> 11)) & 63);
   }
 
   // The first place that holds the move, 7 for none.
   int find(Move move) const {
-    if (!contains(destinations, toOf(move))) return 7;
+    if (!contains(marks, markOf(move))) return 7;
     int place = 0;
     while (place < 7 && moves[static_cast<unsigned>(place)] != move) ++place;
     return place;
@@ -103,14 +108,16 @@ Ordered scoreMove(const Board& board, Move move) {
     result.score = OrderValue[capturedType(move)] * 16 + PromotionScore[promotionOf(move)] +
                    (result.isGood ? GoodCaptureScore : BadCaptureScore);
   }
-  if (contains(board.enemyAttacks, fromOf(move))) result.score += OrderValue[type];
-  if (contains(board.enemyAttacks, to)) result.score -= OrderValue[type] + 1;
-  if (type == Pawn && contains(OuterRanks, to)) {
-    result.score += AdvancedPawnScore;
-    result.isGood = true;
-  } else if (isCastling(move)) {
-    result.score += CastlingScore;
-  }
+  // Free of branches: no two moves of a list are alike here.
+  const auto ifAttacked = [&board](Square square, int value) {
+    return value & -static_cast<int>((board.enemyAttacks >> square) & 1);
+  };
+  result.score += ifAttacked(fromOf(move), OrderValue[type]);
+  result.score -= ifAttacked(to, OrderValue[type] + 1);
+  const bool isAdvanced = (type == Pawn) & contains(OuterRanks, to);
+  result.score += AdvancedPawnScore & -static_cast<int>(isAdvanced);
+  result.score += CastlingScore & -static_cast<int>(isCastling(move));
+  result.isGood |= isAdvanced;
   return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -92,13 +93,23 @@ void Tt::save(Slot& slot, const TtEntry& entry) {
   slot.words[1].store(second, std::memory_order_relaxed);
 }
 
+// No branch but the last one depends on what the ways hold: none of them could be foreseen.
+unsigned Tt::findLock(std::uint64_t home, std::uint32_t lock) const {
+  const auto has = [&](unsigned way) {
+    const std::uint64_t first = table_[home ^ way].words[0].load(std::memory_order_relaxed);
+    return static_cast<unsigned>(static_cast<std::uint32_t>(first) == lock) << way;
+  };
+  return has(0) | has(1) | has(2) | has(3);
+}
+
 bool Tt::probe(const Worker& worker, TtEntry& out) {
   const Board& board = worker.board;
   const std::uint32_t lock = lockOf(board);
   const std::uint64_t home = homeIndex(board.key, board.stm);
-  for (std::uint64_t way = 0; way < Ways; ++way) {
-    Slot& slot = table_[home ^ way];
+  for (unsigned ways = findLock(home, lock); ways != 0; ways &= ways - 1) {
+    Slot& slot = table_[home ^ static_cast<unsigned>(std::countr_zero(ways))];
     const TtEntry entry = load(slot);
+    // Another thread may have replaced it since.
     if (entry.lock != lock || entry.bound == NoBound) continue;
     if (entry.move != NoMove && !isLegalMove(board, entry.move)) continue;
     out = entry;
@@ -109,6 +120,19 @@ bool Tt::probe(const Worker& worker, TtEntry& out) {
     return true;
   }
   return false;
+}
+
+Tt::Victim Tt::chooseVictim(std::uint64_t home) const {
+  // Worth and way in one number: of equal worth the lower way goes.
+  int least = INT_MAX;
+  for (unsigned way = 0; way < Ways; ++way) {
+    const std::uint64_t second = table_[home ^ way].words[1].load(std::memory_order_relaxed);
+    const int depth = static_cast<std::int8_t>(second >> 8);
+    const bool isCurrent = static_cast<std::uint8_t>(second >> 48) == generation_;
+    const int worth = depth + (isCurrent ? 0 : StaleWorth);
+    least = std::min(least, worth * Ways + static_cast<int>(way));
+  }
+  return {static_cast<unsigned>(least) % Ways, least > StaleWorth / 2 * Ways};
 }
 
 namespace {
@@ -130,30 +154,19 @@ void Tt::store(Worker& worker, TtEntry entry) {
   if (entry.bound == UpperBound) entry.move = NoMove;
 
   const std::uint64_t home = homeIndex(worker.board.key, worker.board.stm);
-  Slot* victim = nullptr;
-  int leastWorth = 0;
-  bool victimIsCurrent = false;
-  for (std::uint64_t way = 0; way < Ways; ++way) {
-    Slot& slot = table_[home ^ way];
+  if (const unsigned ways = findLock(home, entry.lock)) {
+    Slot& slot = table_[home ^ static_cast<unsigned>(std::countr_zero(ways))];
     const TtEntry old = load(slot);
-    if (old.lock == entry.lock) {
-      if (keepsDeeper(entry, old)) return;
-      if (entry.move == NoMove) entry.move = old.move;
-      save(slot, entry);
-      ++worker.stats.ttHits;
-      return;
-    }
-    const bool isCurrent = old.generation == generation_;
-    const int worth = old.depth + (isCurrent ? 0 : StaleWorth);
-    if (victim == nullptr || worth < leastWorth) {
-      victim = &slot;
-      leastWorth = worth;
-      victimIsCurrent = isCurrent;
-    }
+    if (keepsDeeper(entry, old)) return;
+    if (entry.move == NoMove) entry.move = old.move;
+    save(slot, entry);
+    ++worker.stats.ttHits;
+    return;
   }
+  const Victim victim = chooseVictim(home);
   ++worker.stats.ttNew;
-  if (victimIsCurrent) ++worker.stats.ttOverwrites;
-  save(*victim, entry);
+  if (victim.isCurrent) ++worker.stats.ttOverwrites;
+  save(table_[home ^ victim.way], entry);
 }
 
 void Tt::storeScore(Worker& worker, int bound, int depth, int ply, int score, Move move, int eval) {

@@ -94,6 +94,14 @@ class Tt {
   void prefetch(std::uint64_t key, Colour stm) const {
     platform::prefetch(&table_[homeIndex(key, stm)]);
   }
+  // The ways of the bucket whose entry has the lock, one bit each.
+  unsigned findLock(std::uint64_t home, std::uint32_t lock) const;
+  // The way that a new entry replaces, and whether its entry is of this search.
+  struct Victim {
+    unsigned way;
+    bool isCurrent;
+  };
+  Victim chooseVictim(std::uint64_t home) const;
   static TtEntry load(const Slot& slot);
   static void save(Slot& slot, const TtEntry& entry);
 
