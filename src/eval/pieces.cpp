@@ -89,7 +89,7 @@ struct PieceContext {
 };
 
 template <Colour Us>
-ScorePair contactTerms(const PieceContext<Us>& c) {
+[[gnu::always_inline]] inline ScorePair contactTerms(const PieceContext<Us>& c) {
   const Bitboard front = shiftForward(Us, c.own[Pawn]);
   const Bitboard stoppers = c.enemy[Knight] | c.enemy[Bishop] | c.enemy[King];
   const Bitboard nextHits = pawnSetAttacks(Us, front & ~c.board.occupied);
@@ -102,7 +102,7 @@ ScorePair contactTerms(const PieceContext<Us>& c) {
 }
 
 template <Colour Us>
-ScorePair knightTerms(PieceContext<Us>& c) {
+[[gnu::always_inline]] inline ScorePair knightTerms(PieceContext<Us>& c) {
   const Bitboard blocked = c.own[0] | c.enemy[Pawn];
   ScorePair sum = 0;
   for (Bitboard knights = c.own[Knight]; knights != 0;) {
@@ -123,7 +123,7 @@ ScorePair knightTerms(PieceContext<Us>& c) {
 }
 
 template <Colour Us>
-ScorePair bishopTerms(PieceContext<Us>& c) {
+[[gnu::always_inline]] inline ScorePair bishopTerms(PieceContext<Us>& c) {
   const Bitboard blocked = c.own[0] | c.enemy[Pawn];
   // Bishops look through what they gain by capturing and through own pieces that can move away.
   const Bitboard occupancy = c.board.occupied & ~(c.enemy[Queen] | c.enemy[Rook] | c.own[Knight] |
@@ -160,7 +160,7 @@ ScorePair rookFile(const PieceContext<Us>& c, Square square) {
 }
 
 template <Colour Us>
-ScorePair rookTerms(PieceContext<Us>& c) {
+[[gnu::always_inline]] inline ScorePair rookTerms(PieceContext<Us>& c) {
   const Bitboard occupancy =
       c.board.occupied & ~(c.enemy[Queen] | ((c.enemy[Knight] | c.enemy[Bishop]) & ~c.unsafe) |
                            c.own[Rook] | c.own[Queen]);
@@ -181,7 +181,7 @@ ScorePair rookTerms(PieceContext<Us>& c) {
 }
 
 template <Colour Us>
-ScorePair queenTerms(PieceContext<Us>& c) {
+[[gnu::always_inline]] inline ScorePair queenTerms(PieceContext<Us>& c) {
   const Bitboard occupancy = c.board.occupied & ~(c.own[Bishop] | c.own[Knight] | c.own[Rook] |
                                                   (c.enemy[Knight] & ~c.unsafe));
   ScorePair sum = 0;
@@ -205,7 +205,7 @@ ScorePair queenTerms(PieceContext<Us>& c) {
 }
 
 template <Colour Us>
-PieceSums sumsFor(const Evaluator& evaluator) {
+[[gnu::always_inline]] inline PieceSums sumsFor(const Evaluator& evaluator) {
   PieceContext<Us> context(evaluator);
   PieceSums sums;
   sums.contacts = contactTerms(context);
@@ -217,6 +217,16 @@ PieceSums sumsFor(const Evaluator& evaluator) {
   return sums;
 }
 
+template <Colour Us>
+int termsFor(const Evaluator& evaluator) {
+  const PieceSums sums = sumsFor<Us>(evaluator);
+  const ScorePair total = sums.total();
+  const int phase = std::min(materialPoints(evaluator.board.side[Us ^ 1].material), 32);
+  const int value =
+      ((openingOf(total) * phase + 16) >> 5) + ((endgameOf(total) * (32 - phase) + 16) >> 5);
+  return value + kingAttack(evaluator, Us, sums.attack);
+}
+
 }  // namespace
 
 PieceSums pieceSums(const Evaluator& evaluator, Colour colour) {
@@ -224,13 +234,7 @@ PieceSums pieceSums(const Evaluator& evaluator, Colour colour) {
 }
 
 int pieceTerms(const Evaluator& evaluator, Colour colour) {
-  const Board& board = evaluator.board;
-  const PieceSums sums = pieceSums(evaluator, colour);
-  const ScorePair total = sums.total();
-  const int phase = std::min(materialPoints(board.side[colour ^ 1].material), 32);
-  const int value =
-      ((openingOf(total) * phase + 16) >> 5) + ((endgameOf(total) * (32 - phase) + 16) >> 5);
-  return value + kingAttack(evaluator, colour, sums.attack);
+  return colour == White ? termsFor<White>(evaluator) : termsFor<Black>(evaluator);
 }
 
 }  // namespace quill
