@@ -18,7 +18,7 @@ namespace quill {
 struct EvalCache {
   static constexpr unsigned Size = 4096;
 
-  struct Entry {
+  struct alignas(16) Entry {
     std::uint64_t key;   // Board::key ^ side to move; 0 in an empty entry
     std::int32_t score;  // the result, centipawns, side to move's view
   };

@@ -124,6 +124,7 @@ Ordered scoreMove(const Board& board, Move move) {
 }  // namespace
 
 void sortMoves(Move* moves, int* scores, int count, int places) {
+  if (count < 2) return;
   // Score and place in one number, the earlier place the higher: one maximum, free of branches,
   // finds the next move.
   int keys[MaxMoves];

@@ -108,8 +108,7 @@ void rootSearch(SearchState& state, int depth, int alpha, int beta) {
     if (checkRootLimits(state)) return;
     if (record.bound == Exact && record.depth >= depth) continue;
     const std::uint64_t nodesBefore = master.stats.searched();
-    makeMove(master.board, record.move);
-    updateAttackInfo(master.board);
+    makeForSearch(master, record.move);
     if (state.listener != nullptr) {
       state.listener->reportCurrentMove(state.iterationDepth, slot, record.move);
     }
@@ -179,6 +178,7 @@ void writeBackLine(SearchState& state) {
     }
     state.tt.storeScore(master, ExactBound, depth, walk.size(), score, *line, eval);
     score = -score;
+    state.tt.prefetchChild(master.board, *line);
     walk.play(*line);
   }
 }

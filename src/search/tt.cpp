@@ -93,15 +93,6 @@ void Tt::save(Slot& slot, const TtEntry& entry) {
   slot.words[1].store(second, std::memory_order_relaxed);
 }
 
-// No branch but the last one depends on what the ways hold: none of them could be foreseen.
-unsigned Tt::findLock(std::uint64_t home, std::uint32_t lock) const {
-  const auto has = [&](unsigned way) {
-    const std::uint64_t first = table_[home ^ way].words[0].load(std::memory_order_relaxed);
-    return static_cast<unsigned>(static_cast<std::uint32_t>(first) == lock) << way;
-  };
-  return has(0) | has(1) | has(2) | has(3);
-}
-
 bool Tt::probe(const Worker& worker, TtEntry& out) {
   const Board& board = worker.board;
   const std::uint32_t lock = lockOf(board);

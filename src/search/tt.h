@@ -94,8 +94,15 @@ class Tt {
   void prefetch(std::uint64_t key, Colour stm) const {
     platform::prefetch(&table_[homeIndex(key, stm)]);
   }
-  // The ways of the bucket whose entry has the lock, one bit each.
-  unsigned findLock(std::uint64_t home, std::uint32_t lock) const;
+  // The ways of the bucket whose entry has the lock, one bit each. There is no branch on what a way
+  // holds: none could be foreseen.
+  unsigned findLock(std::uint64_t home, std::uint32_t lock) const {
+    const auto has = [&](unsigned way) {
+      const std::uint64_t first = table_[home ^ way].words[0].load(std::memory_order_relaxed);
+      return static_cast<unsigned>(static_cast<std::uint32_t>(first) == lock) << way;
+    };
+    return has(0) | has(1) | has(2) | has(3);
+  }
   // The way that a new entry replaces, and whether its entry is of this search.
   struct Victim {
     unsigned way;
