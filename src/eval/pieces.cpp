@@ -52,7 +52,6 @@ struct PieceContext {
     enemyPawnAttacks = pawnSetAttacks(Them, enemy[Pawn] & ~board.blockers[Them]);
     ownPawnAttacks = pawnSetAttacks(Us, own[Pawn]);
     unsafe = enemyPawnAttacks & ~ownPawnAttacks;
-    keepsRecord = canAttackKing(board, Us);
     zone = kingZone(board.side[Them].kingSquare);
     const bool kingOnLast = relativeRank(Us, board.side[Them].kingSquare) == 7;
     seventh = kingOnLast ? relativeRankMask(Us, 6) : 0;
@@ -61,15 +60,13 @@ struct PieceContext {
   // Notes a knight when its safe attacks meet the king zone: 3 for each square of it.
   void recordKnight(Bitboard attacks) {
     const Bitboard hits = attacks & zone;
-    if (!keepsRecord || hits == 0) return;
-    attack.count += 1;
+    attack.count += hits != 0 ? 1 : 0;
     attack.weight += 3 * count(hits);
   }
 
   // Notes a bishop, rook or queen, which counts wherever it stands: base, more for each square of
   // the zone in its safe attacks, and more again when these hold none of its equals.
   void recordSlider(Bitboard attacks, int base, int perSquare, Bitboard equals, int unopposed) {
-    if (!keepsRecord) return;
     attack.count += 1;
     attack.weight +=
         base + perSquare * count(attacks & zone) + ((attacks & equals) == 0 ? unopposed : 0);
@@ -82,7 +79,6 @@ struct PieceContext {
   Bitboard enemyPawnAttacks;  // of pawns that are not pinned
   Bitboard ownPawnAttacks;
   Bitboard unsafe;   // attacked by enemy pawns and by no own pawn
-  bool keepsRecord;  // this colour is strong enough to attack the king
   Bitboard zone;     // around the enemy king
   Bitboard seventh;  // the seventh rank while the enemy king stands behind it
   AttackRecord attack;
@@ -213,7 +209,7 @@ template <Colour Us>
   sums.bishops = bishopTerms(context);
   sums.rooks = rookTerms(context);
   sums.queens = queenTerms(context);
-  sums.attack = context.attack;
+  if (canAttackKing(context.board, Us)) sums.attack = context.attack;
   return sums;
 }
 
