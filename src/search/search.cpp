@@ -275,18 +275,26 @@ Verdict takeScore(Worker& worker, Node& node, Move move, int score) {
   return {};
 }
 
-// Offers the moves from `at` on to idle threads. What they came to, or nothing when nobody came.
+// Shares the moves from `at` on with idle threads: no more than there are moves besides that one.
+// What they came to, or nothing when nobody came.
 std::optional<SplitResult> splitMoves(Worker& worker, const Node& node, NodeMoves& moves,
                                       const Move* at) {
+  const Move excluded = withoutMark(node.hashMove);
+  const auto others = std::count_if(at + 1, static_cast<const Move*>(moves.end), [&](Move move) {
+    return excluded == NoMove || !isSameMove(move, excluded);
+  });
+  if (others == 0) return {};
+  SplitPoint* const split = trySplit(worker, node, static_cast<int>(others));
+  if (split == nullptr) return {};
   const Move* late = std::max<const Move*>(at, moves.late);
   if (late != moves.end) flagThreats(worker, node, moves, late);
   const auto from = at - moves.list;
   // Early moves have no flags; late ones none while the node is not behind.
   const Move* const unflagged = moves.hasThreats ? late : moves.end;
   std::fill(moves.threats + from, moves.threats + (unflagged - moves.list), 0);
-  return trySplit(worker, {node, node.alpha, node.best, node.bestMove, withoutMark(node.hashMove),
-                           at, moves.threats + from, static_cast<int>(moves.end - at),
-                           static_cast<int>(late - at)});
+  return searchSplit(worker, *split,
+                     {node.alpha, node.best, node.bestMove, excluded, at, moves.threats + from,
+                      static_cast<int>(moves.end - at), static_cast<int>(late - at)});
 }
 
 // Takes what a split came to into the node.

@@ -22,6 +22,7 @@ void SearchState::reset(SearchListener* newListener, bool isQuiet, const RootReq
   rootStop.store(false, std::memory_order_relaxed);
   stopReason.store(StopNone, std::memory_order_relaxed);
   idleCount.store(0, std::memory_order_relaxed);
+  waitingOwners.store(0, std::memory_order_relaxed);
   // All at once: the sums over the workers are right from the start.
   for (const auto& worker : workers) worker->reset();
 }

@@ -95,6 +95,9 @@ struct SearchState {
   // Threads that wait for a split point; below 0 while one thread hands out work. Sequentially
   // consistent where it changes, relaxed where the move loop asks whether a split is worth trying.
   std::atomic<int> idleCount{0};
+  // Those of them that own a split point and may only help below it. Changes with idleCount, under
+  // poolLock or the owner's spinLock; relaxed, since it only tells whether a split is worth trying.
+  std::atomic<int> waitingOwners{0};
   platform::SpinLock poolLock;  // who is idle, and who may be killed; taken before a worker's lock
 };
 

@@ -107,11 +107,11 @@ struct Worker {
   // Counters of the search for the statistics.
   std::uint32_t splits = 0;
   std::uint32_t joins = 0;
-  std::uint32_t splitAttempts = 0;  // nodes that were to be split, whether or not anybody came
-  std::uint32_t emptyJoins = 0;     // of the joins, those that found no move left
-  std::uint32_t poolLocks = 0;      // how often it asked for poolLock
-  std::atomic<std::uint32_t> kills{0};                   // advanced by the threads that kill
-  std::uint32_t lastTick = 0;                            // ms
+  std::uint32_t splitAttempts = 0;      // nodes that were to be split, whether or not anybody came
+  std::uint32_t emptyJoins = 0;         // of the joins, those that found no move left
+  std::uint32_t poolLocks = 0;          // how often it asked for poolLock
+  std::atomic<std::uint32_t> kills{0};  // advanced by the threads that kill
+  std::uint32_t lastTick = 0;           // ms
   std::array<std::uint32_t, ActivityCount> timeSpent{};  // ms by Activity
 };
 

@@ -199,39 +199,41 @@ void fillSplitPoint(SplitPoint& split, const SplitRequest& request) {
 
 }  // namespace
 
-std::optional<SplitResult> trySplit(Worker& worker, const SplitRequest& request) {
+SplitPoint* trySplit(Worker& worker, const NodeParams& node, int wanted) {
   account(worker, WorkTime);
   ++worker.splitAttempts;
   SplitPoint& split = worker.splitPoints[worker.splitsInUse];
   split.workers.store(0, std::memory_order_relaxed);
   split.stage.store(SplitPublished, std::memory_order_relaxed);
-  split.node = request.node;
+  split.node = node;
   const Board& board = worker.board;
-  std::copy_n(board.moves.begin() + (board.ply - request.node.ply + 1), request.node.ply,
-              split.path.begin());
+  std::copy_n(board.moves.begin() + (board.ply - node.ply + 1), node.ply, split.path.begin());
   split.parent = splitOf(worker);
   {
     const Guard guard(worker.spinLock);
-    if (worker.isUnwinding()) return std::nullopt;
+    if (worker.isUnwinding()) return nullptr;
     setSplit(worker, &split);
   }
   ++worker.splitsInUse;
-  handOut(worker, split);
+  handOut(worker, split, wanted);
   if (!split.hasHelpers()) {
     // Nobody came, and nobody can reserve a split point before it is ready.
     const Guard guard(worker.spinLock);
     setSplit(worker, split.parent);
     --worker.splitsInUse;
-    return std::nullopt;
+    return nullptr;
   }
   ++worker.splits;
+  return &split;
+}
+
+SplitResult searchSplit(Worker& worker, SplitPoint& split, const SplitRequest& request) {
   fillSplitPoint(split, request);
   account(worker, AdminTime);
   searchSplitPoint(worker, split);
   helpUntilDone(worker, split);
   --worker.splitsInUse;
-  return SplitResult{split.bestScore.load(std::memory_order_relaxed), split.bestMove,
-                     split.pv.data()};
+  return {split.bestScore.load(std::memory_order_relaxed), split.bestMove, split.pv.data()};
 }
 
 void runSlaveLoop(Worker& worker) {

@@ -9,16 +9,14 @@
 // search: the two call each other, and are the only files of the search that do.
 #pragma once
 
-#include <optional>
-
 #include "search/search_state.h"
 #include "smp/split_point.h"
+#include "smp/work_sharing.h"
 
 namespace quill {
 
-// A node at the point of its move loop where it may be split.
+// What is left of a node's move loop when the node is split.
 struct SplitRequest {
-  const NodeParams& node;
   int alpha;
   int best;
   Move bestMove;
@@ -36,16 +34,18 @@ struct SplitResult {
   const Move* pv;  // of the best move; valid until the worker splits again
 };
 
-// Whether a split is worth trying now: a thread is idle and this one may split.
+// Whether a split is worth trying now: a thread can be had and this one may split.
 inline bool canSplit(const Worker& worker) {
-  return worker.state.idleCount.load(std::memory_order_relaxed) > 0 &&
-         worker.splitsInUse < MaxSplitPoints;
+  return isHelpInReach(worker) && worker.splitsInUse < MaxSplitPoints;
 }
 
-// Shares the remaining moves of the node with idle threads and returns when all are searched; does
-// nothing, and gives nothing, when no thread can be had. After a split the worker's stop flag says
-// whether the result counts.
-std::optional<SplitResult> trySplit(Worker& worker, const SplitRequest& request);
+// Looks for idle threads, no more than wanted, that help at the node. Its split point, at which
+// they wait for searchSplit; none, and nothing has changed, when no thread can be had.
+SplitPoint* trySplit(Worker& worker, const NodeParams& node, int wanted);
+
+// Searches the remaining moves together with the threads that trySplit found and returns when all
+// are searched. The worker's stop flag says whether the result counts.
+SplitResult searchSplit(Worker& worker, SplitPoint& split, const SplitRequest& request);
 
 // The work loop of a slave thread, from its wake until the search is stopped.
 void runSlaveLoop(Worker& worker);

@@ -43,7 +43,9 @@ struct SplitPoint {
   int lateIndex = 0;             // from here on moves count as late
   SplitPoint* parent = nullptr;  // what the owner was working under
   std::atomic<int> stage{SplitPublished};
-  std::atomic<int> workers{0};    // helpers attached or reserved, the owner not counted
+  std::atomic<int> workers{0};  // helpers attached or reserved, the owner not counted
+  // The owner waits for its helpers and is available to those who split below. A hint.
+  std::atomic<bool> ownerWaits{false};
   std::atomic<int> nextIndex{0};  // next entry of moves to hand out
   std::atomic<int> moveCount{0};  // set to 0 by a cut-off
   std::array<Move, MaxMoves> moves;

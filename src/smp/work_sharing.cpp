@@ -21,6 +21,27 @@ bool isAtOrBelow(const SplitPoint* split, const SplitPoint* ancestor) {
   return false;
 }
 
+// Counts the worker among those who wait for work, and tells those who may split for it.
+// Requires: its spinLock is held.
+void declareAvailable(Worker& worker) {
+  worker.available.store(true, std::memory_order_relaxed);
+  if (SplitPoint* own = splitOf(worker)) {
+    own->ownerWaits.store(true, std::memory_order_relaxed);
+    worker.state.waitingOwners.fetch_add(1, std::memory_order_relaxed);
+  }
+  worker.state.idleCount.fetch_add(1);
+}
+
+// The other way round, except for idleCount. Requires: its spinLock is held, and it has not been
+// given another split point yet.
+void endAvailability(Worker& worker) {
+  worker.available.store(false, std::memory_order_relaxed);
+  if (SplitPoint* own = splitOf(worker)) {
+    own->ownerWaits.store(false, std::memory_order_relaxed);
+    worker.state.waitingOwners.fetch_sub(1, std::memory_order_relaxed);
+  }
+}
+
 // Whether the worker may help at the other's split point. Requires: the other's spinLock is held.
 bool isWorthJoining(const Worker& other, const SplitPoint* split, const SplitPoint* own) {
   if (split == nullptr || other.isStopped() || other.isUnwinding()) return false;
@@ -54,7 +75,7 @@ SplitPoint* reserveDeepest(Worker& worker) {
 
 }  // namespace
 
-void handOut(Worker& owner, SplitPoint& split) {
+void handOut(Worker& owner, SplitPoint& split, int wanted) {
   SearchState& state = owner.state;
   if (state.idleCount.load() <= 0) return;
   ++owner.poolLocks;
@@ -64,6 +85,7 @@ void handOut(Worker& owner, SplitPoint& split) {
   state.idleCount.fetch_sub(HandOutBracket);
   int assigned = 0;
   for (const auto& entry : state.workers) {
+    if (assigned == wanted) break;
     Worker& worker = *entry;
     if (!worker.available.load(std::memory_order_relaxed)) continue;
     const Guard guard(worker.spinLock);
@@ -73,7 +95,7 @@ void handOut(Worker& owner, SplitPoint& split) {
     const SplitPoint* current = splitOf(worker);
     if (current != nullptr && !isAtOrBelow(&split, current)) continue;
     split.workers.fetch_add(1, std::memory_order_relaxed);
-    worker.available.store(false, std::memory_order_relaxed);
+    endAvailability(worker);
     setSplit(worker, &split);
     ++assigned;
   }
@@ -88,8 +110,7 @@ void findWork(Worker& worker) {
   SplitPoint* split = reserveDeepest(worker);
   const Guard guard(worker.spinLock);
   if (split == nullptr) {
-    worker.available.store(true, std::memory_order_relaxed);
-    state.idleCount.fetch_add(1);
+    declareAvailable(worker);
   } else if (worker.isUnwinding()) {
     split->detach();
   } else {
@@ -99,7 +120,7 @@ void findWork(Worker& worker) {
 
 void withdrawAvailability(Worker& worker) {
   if (!worker.available.load(std::memory_order_relaxed)) return;
-  worker.available.store(false, std::memory_order_relaxed);
+  endAvailability(worker);
   worker.state.idleCount.fetch_sub(1);
 }
 

@@ -7,7 +7,7 @@
 // Threads: any search thread, for its own worker, holding no lock where nothing else is said.
 #pragma once
 
-#include "search/worker.h"
+#include "search/search_state.h"
 
 namespace quill {
 
@@ -22,9 +22,23 @@ inline void setSplit(Worker& worker, SplitPoint* split) {
   worker.currentSplit.store(split, std::memory_order_release);
 }
 
-// Gives the split point, which is the owner's currentSplit, to every idle worker that may take it.
-// Does nothing when another thread is handing out work at this moment.
-void handOut(Worker& owner, SplitPoint& split);
+// Whether some idle thread could be had for a node that the worker splits now: one that works
+// nowhere, or the owner of a split point above. A hint, taken without a lock: an owner that waits
+// for its helpers may only help below its own split point, and must not make all others try.
+inline bool isHelpInReach(const Worker& worker) {
+  const SearchState& state = worker.state;
+  const int idle = state.idleCount.load(std::memory_order_relaxed);
+  if (idle <= 0) return false;
+  if (idle > state.waitingOwners.load(std::memory_order_relaxed)) return true;
+  for (const SplitPoint* split = splitOf(worker); split != nullptr; split = split->parent) {
+    if (split->ownerWaits.load(std::memory_order_relaxed)) return true;
+  }
+  return false;
+}
+
+// Gives the split point, which is the owner's currentSplit, to idle workers that may take it, as
+// many as wanted. Does nothing when another thread is handing out work at this moment.
+void handOut(Worker& owner, SplitPoint& split, int wanted);
 
 // Finds the worker the deepest split point where it may help, or declares it available. Does
 // nothing once its search is stopped.

@@ -43,14 +43,11 @@ TEST(SplitPoint, SplitIsUndoneWhenNobodyComes) {
   SearchKit kit;
   kit.setPosition(test::QuietFen);
   Worker& worker = kit.worker();
-  const std::vector<Move> moves = test::legalMovesOf(kit.board());
-  const std::vector<int> threats(moves.size(), 0);
   const NodeParams node{};
-  const SplitRequest request{node, 99, 50, moves[0], NoMove, &moves[1], threats.data(), 5, 5};
   kit.state().idleCount = 1;
-  EXPECT_FALSE(trySplit(worker, request).has_value()) << "no thread is available";
+  EXPECT_EQ(trySplit(worker, node, 4), nullptr) << "no thread is available";
   worker.stop = true;
-  EXPECT_FALSE(trySplit(worker, request).has_value()) << "the search is being stopped";
+  EXPECT_EQ(trySplit(worker, node, 4), nullptr) << "the search is being stopped";
   EXPECT_EQ(worker.splitsInUse, 0);
   EXPECT_EQ(worker.currentSplit, nullptr);
   EXPECT_EQ(worker.splits, 0u);
