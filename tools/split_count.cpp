@@ -3,8 +3,9 @@
 //   split_count [THREADS [DEPTH]]     4 threads and depth 9, if not told otherwise
 //
 // attempts: nodes that were to be split. fruitless: those of them that nobody came for. joins:
-// helpers that came to a split point; empty: those that found no move left there. locks: how often
-// the lock of the whole pool was asked for, and how often in a second.
+// helpers that came to a split point; empty: those that found no move left there. dropped: threads
+// that were given a split point and did not come, since no move was left before they woke up.
+// locks: how often the lock of the whole pool was asked for, and how often in a second.
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
@@ -33,6 +34,7 @@ struct Counts {
   std::uint64_t splits = 0;
   std::uint64_t joins = 0;
   std::uint64_t emptyJoins = 0;
+  std::uint64_t drops = 0;
   std::uint64_t kills = 0;
   std::uint64_t locks = 0;
   std::uint64_t nodes = 0;
@@ -42,6 +44,7 @@ struct Counts {
     splits += worker.splits;
     joins += worker.joins;
     emptyJoins += worker.emptyJoins;
+    drops += worker.drops;
     kills += worker.kills.load();
     locks += worker.poolLocks;
     nodes += worker.stats.searched();
@@ -90,7 +93,8 @@ int main(int argc, char** argv) {
               threads, depth, ms, sum.nodes, sum.nodes * 1000 / ms);
   std::printf("attempts %" PRIu64 ", splits %" PRIu64 ", fruitless %" PRIu64 "\n", sum.attempts,
               sum.splits, sum.attempts - sum.splits);
-  std::printf("joins %" PRIu64 ", empty %" PRIu64 " (%.1f %%), kills %" PRIu64 "\n", sum.joins,
-              sum.emptyJoins, percent(sum.emptyJoins, sum.joins), sum.kills);
+  std::printf("joins %" PRIu64 ", empty %" PRIu64 " (%.1f %%), dropped %" PRIu64 ", kills %" PRIu64
+              "\n",
+              sum.joins, sum.emptyJoins, percent(sum.emptyJoins, sum.joins), sum.drops, sum.kills);
   std::printf("locks %" PRIu64 ", in a second %" PRIu64 "\n", sum.locks, sum.locks * 1000 / ms);
 }

@@ -27,7 +27,7 @@ class SpinLock {
 
   void unlock() { word_.store(0, std::memory_order_release); }
 
-  // For asserts only: the answer may be out of date at once.
+  // For asserts, and to leave alone what others use: the answer may be out of date at once.
   bool isHeld() const { return word_.load(std::memory_order_relaxed) != 0; }
 
  private:

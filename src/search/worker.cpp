@@ -33,6 +33,7 @@ void Worker::reset() {
   joins = 0;
   splitAttempts = 0;
   emptyJoins = 0;
+  drops = 0;
   poolLocks = 0;
   kills.store(0, std::memory_order_relaxed);
   timeSpent = {};
@@ -48,6 +49,8 @@ void stopWorker(Worker& worker) {
 void wakeWorker(Worker& worker) {
   worker.currentSplit.store(nullptr, std::memory_order_relaxed);
   worker.available.store(false, std::memory_order_relaxed);
+  worker.isAssigned = false;
+  worker.waitsAt = nullptr;
   worker.stopped.store(false, std::memory_order_relaxed);
   worker.stop.store(false, std::memory_order_relaxed);
   worker.idleEvent.reset();

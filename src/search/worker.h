@@ -97,21 +97,25 @@ struct Worker {
   std::atomic<bool> quit{false};     // end the thread
   std::atomic<bool> stopped{false};  // the search is being stopped; cleared by the wake
 
-  // Split points. spinLock guards currentSplit and available against threads that hand out work.
+  // Split points. spinLock guards currentSplit, available and isAssigned against threads that hand
+  // out work.
   std::array<SplitPoint, MaxSplitPoints> splitPoints;  // a stack, splitsInUse deep
   int splitsInUse = 0;
   std::atomic<SplitPoint*> currentSplit{nullptr};  // what it works at, none above all split points
   std::atomic<bool> available{false};              // counted in idleCount
+  bool isAssigned = false;        // currentSplit was given to it, and it has not joined yet
+  SplitPoint* waitsAt = nullptr;  // its currentSplit while it is available; others read it then
   platform::SpinLock spinLock;
 
   // Counters of the search for the statistics.
   std::uint32_t splits = 0;
   std::uint32_t joins = 0;
-  std::uint32_t splitAttempts = 0;      // nodes that were to be split, whether or not anybody came
-  std::uint32_t emptyJoins = 0;         // of the joins, those that found no move left
-  std::uint32_t poolLocks = 0;          // how often it asked for poolLock
-  std::atomic<std::uint32_t> kills{0};  // advanced by the threads that kill
-  std::uint32_t lastTick = 0;           // ms
+  std::uint32_t splitAttempts = 0;  // nodes that were to be split, whether or not anybody came
+  std::uint32_t emptyJoins = 0;     // of the joins, those that found no move left
+  std::uint32_t drops = 0;      // assignments that it did not join: no move was left, or taken back
+  std::uint32_t poolLocks = 0;  // how often it asked for poolLock
+  std::atomic<std::uint32_t> kills{0};                   // advanced by the threads that kill
+  std::uint32_t lastTick = 0;                            // ms
   std::array<std::uint32_t, ActivityCount> timeSpent{};  // ms by Activity
 };
 

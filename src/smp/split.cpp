@@ -33,11 +33,6 @@ class Backoff {
   int tries_ = 0;
 };
 
-void waitUntilReady(const SplitPoint& split) {
-  Backoff backoff;
-  while (split.stage.load(std::memory_order_acquire) < SplitReady) backoff.pause();
-}
-
 // A worker's best at a split point, before it is published.
 struct LocalBest {
   int score;
@@ -125,7 +120,6 @@ void checkStop(Worker& worker, const SplitPoint& split) {
 
 // Brings the board from the given ply to the split point's node and takes part there.
 void searchFrom(Worker& worker, SplitPoint& split, int fromPly) {
-  waitUntilReady(split);
   LineWalk walk(worker.board);
   walk.replayMoves(std::span(split.path).subspan(fromPly, split.node.ply - fromPly));
   account(worker, AdminTime);
@@ -137,9 +131,7 @@ void searchFrom(Worker& worker, SplitPoint& split, int fromPly) {
 }
 
 // The owner of a split point helps at another one below it.
-void joinBelow(Worker& worker, SplitPoint& own) {
-  SplitPoint& split = *splitOf(worker);
-  ++worker.joins;
+void helpBelow(Worker& worker, SplitPoint& own, SplitPoint& split) {
   searchFrom(worker, split, own.node.ply);
   {
     const Guard guard(worker.spinLock);
@@ -154,13 +146,14 @@ void joinBelow(Worker& worker, SplitPoint& own) {
 // The owner has found no more moves at its split point: it helps below until its helpers are done.
 void helpUntilDone(Worker& worker, SplitPoint& split) {
   account(worker, WorkTime);
+  if (split.hasHelpers()) takeBack(worker, split);
   if (split.hasHelpers() && !split.isCutOff() && !worker.isUnwinding() && !worker.isStopped()) {
     findWork(worker);
     Backoff backoff;
     while (split.hasHelpers() && !split.isCutOff() && !worker.isStopped()) {
-      if (!worker.available.load(std::memory_order_relaxed) && splitOf(worker) != &split) {
+      if (SplitPoint* const below = joinAssigned(worker)) {
         account(worker, MasterWaitTime);
-        joinBelow(worker, split);
+        helpBelow(worker, split, *below);
         backoff = {};
       } else {
         backoff.pause();
@@ -168,12 +161,7 @@ void helpUntilDone(Worker& worker, SplitPoint& split) {
     }
   }
   account(worker, MasterWaitTime);
-  {
-    const Guard guard(worker.spinLock);
-    withdrawAvailability(worker);
-    if (SplitPoint* assigned = splitOf(worker); assigned != &split) assigned->detach();
-    setSplit(worker, split.parent);
-  }
+  stopWaiting(worker, split.parent);
   checkStop(worker, split);
   account(worker, AdminTime);
   Backoff backoff;
@@ -240,22 +228,14 @@ void runSlaveLoop(Worker& worker) {
   findWork(worker);
   for (;;) {
     account(worker, AdminTime);
-    Backoff backoff;
-    while (!worker.isStopped() && splitOf(worker) == nullptr) backoff.pause();
-    account(worker, WorkWaitTime);
     SplitPoint* split = nullptr;
-    {
-      const Guard guard(worker.spinLock);
-      split = splitOf(worker);
-      if (worker.isStopped()) {
-        withdrawAvailability(worker);
-        if (split != nullptr) split->detach();
-        setSplit(worker, nullptr);
-        return;
-      }
+    Backoff backoff;
+    while (!worker.isStopped() && (split = joinAssigned(worker)) == nullptr) backoff.pause();
+    account(worker, WorkWaitTime);
+    if (split == nullptr) {
+      stopWaiting(worker, nullptr);
+      return;
     }
-    account(worker, AdminTime);
-    ++worker.joins;
     searchFrom(worker, *split, 0);
     {
       const Guard guard(worker.spinLock);

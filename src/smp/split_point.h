@@ -54,6 +54,12 @@ struct SplitPoint {
   std::array<Move, MaxSearchPly> pv;    // bestMove and its continuation, ended by 0
 
   bool isCutOff() const { return bestScore.load(std::memory_order_relaxed) >= node.beta; }
+  // Whether somebody who comes now would have something to do. Requires: stage is SplitReady or
+  // later, read with acquire.
+  bool hasMovesLeft() const {
+    return nextIndex.load(std::memory_order_relaxed) < moveCount.load(std::memory_order_relaxed) &&
+           !isCutOff();
+  }
   // Acquire: everything that the helpers did at the split point lies before the sight of 0.
   bool hasHelpers() const { return workers.load(std::memory_order_acquire) > 0; }
   // A helper leaves, or a reservation is given back. Release: see hasHelpers.

@@ -29,7 +29,7 @@ void printSearchStatistics(const SearchState& state) {
 
 // At the end of a search nothing of the parallel search is left over.
 void assertSettled([[maybe_unused]] SearchState& state) {
-  assert(state.idleCount.load() == 0);
+  assert(state.idleCount.load() == 0 && state.waitingOwners.load() == 0);
   assert(!state.poolLock.isHeld());
   for ([[maybe_unused]] const auto& worker : state.workers) {
     assert(worker->splitsInUse == 0 && !worker->spinLock.isHeld());

@@ -22,32 +22,44 @@ bool isAtOrBelow(const SplitPoint* split, const SplitPoint* ancestor) {
 }
 
 // Counts the worker among those who wait for work, and tells those who may split for it.
-// Requires: its spinLock is held.
+// Requires: its spinLock is held, and its currentSplit is where it waits.
 void declareAvailable(Worker& worker) {
   worker.available.store(true, std::memory_order_relaxed);
-  if (SplitPoint* own = splitOf(worker)) {
-    own->ownerWaits.store(true, std::memory_order_relaxed);
+  if (worker.waitsAt != nullptr) {
+    worker.waitsAt->ownerWaits.store(true, std::memory_order_relaxed);
     worker.state.waitingOwners.fetch_add(1, std::memory_order_relaxed);
   }
   worker.state.idleCount.fetch_add(1);
 }
 
-// The other way round, except for idleCount. Requires: its spinLock is held, and it has not been
-// given another split point yet.
+// The other way round, except for idleCount. Requires: its spinLock is held.
 void endAvailability(Worker& worker) {
   worker.available.store(false, std::memory_order_relaxed);
-  if (SplitPoint* own = splitOf(worker)) {
-    own->ownerWaits.store(false, std::memory_order_relaxed);
+  if (worker.waitsAt != nullptr) {
+    worker.waitsAt->ownerWaits.store(false, std::memory_order_relaxed);
     worker.state.waitingOwners.fetch_sub(1, std::memory_order_relaxed);
   }
+}
+
+// Gives the worker the split point, at which it is counted already. Requires: its spinLock is held.
+void assign(Worker& worker, SplitPoint& split) {
+  worker.isAssigned = true;
+  setSplit(worker, &split);
+}
+
+// The worker leaves what it was given and has not joined. Requires: its spinLock is held.
+void dropAssignment(Worker& worker) {
+  SplitPoint* const split = splitOf(worker);
+  worker.isAssigned = false;
+  ++worker.drops;
+  setSplit(worker, worker.waitsAt);
+  split->detach();
 }
 
 // Whether the worker may help at the other's split point. Requires: the other's spinLock is held.
 bool isWorthJoining(const Worker& other, const SplitPoint* split, const SplitPoint* own) {
   if (split == nullptr || other.isStopped() || other.isUnwinding()) return false;
-  if (split->stage.load(std::memory_order_acquire) < SplitReady || split->isCutOff()) return false;
-  if (split->nextIndex.load(std::memory_order_relaxed) >=
-      split->moveCount.load(std::memory_order_relaxed)) {
+  if (split->stage.load(std::memory_order_acquire) < SplitReady || !split->hasMovesLeft()) {
     return false;
   }
   return own == nullptr || isAtOrBelow(split, own);
@@ -61,7 +73,8 @@ SplitPoint* reserveDeepest(Worker& worker) {
   SplitPoint* chosen = nullptr;
   for (const auto& entry : state.workers) {
     Worker& other = *entry;
-    if (&other == &worker) continue;
+    // Most work at nothing that is split; a look tells without the lock.
+    if (&other == &worker || splitOf(other) == nullptr) continue;
     const Guard guard(other.spinLock);
     SplitPoint* split = splitOf(other);
     if (!isWorthJoining(other, split, own)) continue;
@@ -96,7 +109,7 @@ void handOut(Worker& owner, SplitPoint& split, int wanted) {
     if (current != nullptr && !isAtOrBelow(&split, current)) continue;
     split.workers.fetch_add(1, std::memory_order_relaxed);
     endAvailability(worker);
-    setSplit(worker, &split);
+    assign(worker, split);
     ++assigned;
   }
   state.idleCount.fetch_add(HandOutBracket - assigned);
@@ -109,19 +122,57 @@ void findWork(Worker& worker) {
   if (worker.isStopped()) return;
   SplitPoint* split = reserveDeepest(worker);
   const Guard guard(worker.spinLock);
+  worker.waitsAt = splitOf(worker);
   if (split == nullptr) {
     declareAvailable(worker);
   } else if (worker.isUnwinding()) {
     split->detach();
   } else {
-    setSplit(worker, split);
+    assign(worker, *split);
   }
 }
 
-void withdrawAvailability(Worker& worker) {
-  if (!worker.available.load(std::memory_order_relaxed)) return;
-  endAvailability(worker);
-  worker.state.idleCount.fetch_sub(1);
+SplitPoint* joinAssigned(Worker& worker) {
+  if (splitOf(worker) == worker.waitsAt) return nullptr;
+  {
+    const Guard guard(worker.spinLock);
+    SplitPoint* const split = splitOf(worker);
+    if (!worker.isAssigned || split->stage.load(std::memory_order_acquire) < SplitReady) {
+      return nullptr;
+    }
+    if (split->hasMovesLeft()) {
+      worker.isAssigned = false;
+      ++worker.joins;
+      return split;
+    }
+    dropAssignment(worker);
+  }
+  findWork(worker);
+  return nullptr;
+}
+
+void stopWaiting(Worker& worker, SplitPoint* next) {
+  const Guard guard(worker.spinLock);
+  if (worker.available.load(std::memory_order_relaxed)) {
+    endAvailability(worker);
+    worker.state.idleCount.fetch_sub(1);
+  }
+  if (worker.isAssigned) dropAssignment(worker);
+  setSplit(worker, next);
+}
+
+void takeBack(Worker& owner, const SplitPoint& split) {
+  SearchState& state = owner.state;
+  ++owner.poolLocks;
+  const Guard poolGuard(state.poolLock);
+  for (const auto& entry : state.workers) {
+    Worker& worker = *entry;
+    if (splitOf(worker) != &split) continue;
+    const Guard guard(worker.spinLock);
+    if (!worker.isAssigned || splitOf(worker) != &split) continue;
+    dropAssignment(worker);
+    declareAvailable(worker);
+  }
 }
 
 void killWorkers(Worker& killer, const SplitPoint& split) {
@@ -132,6 +183,12 @@ void killWorkers(Worker& killer, const SplitPoint& split) {
     Worker& worker = *entry;
     const Guard guard(worker.spinLock);
     if (!isAtOrBelow(splitOf(worker), &split)) continue;
+    // Who has not begun there need not stop, unless it waits below the split point itself.
+    if (worker.isAssigned && !isAtOrBelow(worker.waitsAt, &split)) {
+      dropAssignment(worker);
+      declareAvailable(worker);
+      continue;
+    }
     worker.stop.store(true, std::memory_order_relaxed);
     worker.kills.fetch_add(1, std::memory_order_relaxed);
   }

@@ -28,7 +28,7 @@ inline void setSplit(Worker& worker, SplitPoint* split) {
 inline bool isHelpInReach(const Worker& worker) {
   const SearchState& state = worker.state;
   const int idle = state.idleCount.load(std::memory_order_relaxed);
-  if (idle <= 0) return false;
+  if (idle <= 0 || state.poolLock.isHeld()) return false;
   if (idle > state.waitingOwners.load(std::memory_order_relaxed)) return true;
   for (const SplitPoint* split = splitOf(worker); split != nullptr; split = split->parent) {
     if (split->ownerWaits.load(std::memory_order_relaxed)) return true;
@@ -44,10 +44,20 @@ void handOut(Worker& owner, SplitPoint& split, int wanted);
 // nothing once its search is stopped.
 void findWork(Worker& worker);
 
-// The worker is no longer available. Requires: its spinLock is held.
-void withdrawAvailability(Worker& worker);
+// The split point that the waiting worker was given, if it is ready and has a move left: the worker
+// has joined it. Otherwise none, and one that has no move left was exchanged for other work.
+SplitPoint* joinAssigned(Worker& worker);
 
-// Stops everyone who works at the split point or below it.
+// The worker waits no longer: it gives back what it was given, and works at the next split point
+// (none: at nothing).
+void stopWaiting(Worker& worker, SplitPoint* next);
+
+// Makes those available again who were given the owner's split point and have not joined it. To be
+// called when no move is left there: the owner need not wait for a thread that has yet to wake up.
+void takeBack(Worker& owner, const SplitPoint& split);
+
+// Stops everyone who works at the split point or below it; whoever was only given it is available
+// again.
 void killWorkers(Worker& killer, const SplitPoint& split);
 
 }  // namespace quill

@@ -19,11 +19,13 @@ using test::SearchKit;
 // An idle pool has everything of the parallel search put away.
 void expectSettled(ThreadPool& pool) {
   EXPECT_EQ(pool.state.idleCount, 0);
+  EXPECT_EQ(pool.state.waitingOwners, 0);
   EXPECT_FALSE(pool.state.poolLock.isHeld());
   for (const auto& worker : pool.workers) {
     EXPECT_EQ(worker->splitsInUse, 0);
     EXPECT_EQ(worker->currentSplit, nullptr);
     EXPECT_FALSE(worker->available);
+    EXPECT_FALSE(worker->isAssigned);
     EXPECT_FALSE(worker->spinLock.isHeld());
     for (const SplitPoint& split : worker->splitPoints) {
       EXPECT_EQ(split.workers, 0);
