@@ -15,7 +15,11 @@ class SpinLock {
     // The holder may have been preempted if threads outnumber processors: spin a little, then give
     // up the processor.
     for (int tries = 0; !try_lock(); ++tries) {
-      if (tries >= SpinsBeforeYield) yieldThread();
+      if (tries < SpinsBeforeYield) {
+        pauseProcessor();
+      } else {
+        yieldThread();
+      }
     }
   }
 

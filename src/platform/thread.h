@@ -1,4 +1,4 @@
-// Threads with a stack of a chosen size, and ways to give up the processor.
+// Threads with a stack of a chosen size, ways to wait for others, and what they share unknowingly.
 #pragma once
 
 #include <cstddef>
@@ -38,6 +38,20 @@ class Thread {
   unsigned long long handle_ = 0;
   bool running_ = false;
 };
+
+// Tells the processor that the thread only waits in a loop: it saves power, and leaves the core to
+// the other thread that may share it.
+inline void pauseProcessor() {
+#if defined(__x86_64__)
+  __builtin_ia32_pause();
+#elif defined(__aarch64__)
+  asm volatile("yield");
+#endif
+}
+
+// Bytes that processors fetch and lose as one. What some write often and others read often lies
+// that far apart.
+inline constexpr std::size_t CacheLine = 64;
 
 // Lets another thread run that is ready; returns at once when there is none.
 void yieldThread();

@@ -88,17 +88,19 @@ struct SearchState {
 
   // Ends the iteration loop; set before the workers' stop flags. Sequentially consistent where it
   // is set and where a worker has just lowered its stop flag, so that one of the two is noticed.
-  std::atomic<bool> rootStop{false};
+  alignas(platform::CacheLine) std::atomic<bool> rootStop{false};
   // Sequentially consistent, against TimeControl::infinite: see Uci::ponderhit.
   std::atomic<StopReason> stopReason{StopNone};
 
+  // Every move loop reads these, and nothing that changes more often lies on their line.
   // Threads that wait for a split point; below 0 while one thread hands out work. Sequentially
   // consistent where it changes, relaxed where the move loop asks whether a split is worth trying.
-  std::atomic<int> idleCount{0};
+  alignas(platform::CacheLine) std::atomic<int> idleCount{0};
   // Those of them that own a split point and may only help below it. Changes with idleCount, under
   // poolLock or the owner's spinLock; relaxed, since it only tells whether a split is worth trying.
   std::atomic<int> waitingOwners{0};
-  platform::SpinLock poolLock;  // who is idle, and who may be killed; taken before a worker's lock
+  // Who is idle, and who may be killed; taken before a worker's lock.
+  alignas(platform::CacheLine) platform::SpinLock poolLock;
 };
 
 }  // namespace quill

@@ -80,9 +80,8 @@ struct Worker {
   Board board;
   Evaluator evaluator;  // evaluates board
   SearchStats stats;
-  int selDepth = 0;               // largest ply that the main search reached
-  std::atomic<bool> stop{false};  // unwind now; every search level returns 0 while it is set
-  KillerTable killers{};          // two quiet moves by ply, without the mark
+  int selDepth = 0;       // largest ply that the main search reached
+  KillerTable killers{};  // two quiet moves by ply, without the mark
   // Triangular table: pv[ply] is the best line found from ply, ended by 0.
   std::array<std::array<Move, MaxSearchPly>, MaxSearchPly> pv{};
 
@@ -94,18 +93,23 @@ struct Worker {
   platform::Thread thread;
   platform::Event wakeEvent;
   platform::Event idleEvent;
-  std::atomic<bool> quit{false};     // end the thread
+  std::atomic<bool> quit{false};  // end the thread
+
+  // Read at every node, written when a search or a shared node ends: a line of their own, which
+  // neither the counts of this thread nor the locks of the others take away.
+  alignas(platform::CacheLine) std::atomic<bool> stop{false};  // unwind now; each level returns 0
   std::atomic<bool> stopped{false};  // the search is being stopped; cleared by the wake
 
   // Split points. spinLock guards currentSplit, available and isAssigned against threads that hand
   // out work.
-  std::array<SplitPoint, MaxSplitPoints> splitPoints;  // a stack, splitsInUse deep
-  int splitsInUse = 0;
+  alignas(platform::CacheLine) platform::SpinLock spinLock;
   std::atomic<SplitPoint*> currentSplit{nullptr};  // what it works at, none above all split points
   std::atomic<bool> available{false};              // counted in idleCount
   bool isAssigned = false;        // currentSplit was given to it, and it has not joined yet
   SplitPoint* waitsAt = nullptr;  // its currentSplit while it is available; others read it then
-  platform::SpinLock spinLock;
+  std::atomic<std::uint32_t> kills{0};  // advanced by the threads that kill
+  alignas(platform::CacheLine) int splitsInUse = 0;
+  std::array<SplitPoint, MaxSplitPoints> splitPoints;  // a stack, splitsInUse deep
 
   // Counters of the search for the statistics.
   std::uint32_t splits = 0;
@@ -114,8 +118,7 @@ struct Worker {
   std::uint32_t emptyJoins = 0;     // of the joins, those that found no move left
   std::uint32_t drops = 0;      // assignments that it did not join: no move was left, or taken back
   std::uint32_t poolLocks = 0;  // how often it asked for poolLock
-  std::atomic<std::uint32_t> kills{0};                   // advanced by the threads that kill
-  std::uint32_t lastTick = 0;                            // ms
+  std::uint32_t lastTick = 0;   // ms
   std::array<std::uint32_t, ActivityCount> timeSpent{};  // ms by Activity
 };
 

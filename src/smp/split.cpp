@@ -15,12 +15,14 @@ namespace {
 
 using Guard = std::lock_guard<platform::SpinLock>;
 
-// Yields while there is something to wait for; after many fruitless yields sleeps a little, so that
-// idle threads leave the processors to others.
+// Spins for a moment, then yields while there is something to wait for; after many fruitless yields
+// sleeps a little, so that idle threads leave the processors to others.
 class Backoff {
  public:
   void pause() {
-    if (++tries_ < YieldsBeforeSleep) {
+    if (++tries_ < SpinsBeforeYield) {
+      platform::pauseProcessor();
+    } else if (tries_ < YieldsBeforeSleep) {
       platform::yieldThread();
     } else {
       platform::sleepMicroseconds(SleepMicroseconds);
@@ -28,6 +30,7 @@ class Backoff {
   }
 
  private:
+  static constexpr int SpinsBeforeYield = 30;
   static constexpr int YieldsBeforeSleep = 1000;
   static constexpr unsigned SleepMicroseconds = 50;
   int tries_ = 0;

@@ -34,21 +34,29 @@ enum SplitStage : int {
 };
 
 struct SplitPoint {
-  platform::SpinLock lock;
-  NodeParams node;  // ply, depth (also the priority when idle threads choose), bounds, ...
+  // For all to read, at every move of the node.
+  NodeParams node;          // ply, depth (also the priority when idle threads choose), bounds, ...
+  Move firstMove = NoMove;  // searched before the list was made; skipped, whatever its mark
+  int lateIndex = 0;        // from here on moves count as late
+  SplitPoint* parent = nullptr;  // what the owner was working under
+
+  // The result so far, which changes with a better move.
+  alignas(platform::CacheLine) platform::SpinLock lock;
   std::atomic<int> alpha{0};  // raised by the workers
   std::atomic<int> bestScore{0};
   Move bestMove = NoMove;
-  Move firstMove = NoMove;       // searched before the list was made; skipped, whatever its mark
-  int lateIndex = 0;             // from here on moves count as late
-  SplitPoint* parent = nullptr;  // what the owner was working under
-  std::atomic<int> stage{SplitPublished};
+
+  // Changes with every move.
+  alignas(platform::CacheLine) std::atomic<int> nextIndex{0};  // next entry of moves to hand out
+  std::atomic<int> moveCount{0};                               // set to 0 by a cut-off
+
+  // Changes as helpers come and go.
+  alignas(platform::CacheLine) std::atomic<int> stage{SplitPublished};
   std::atomic<int> workers{0};  // helpers attached or reserved, the owner not counted
   // The owner waits for its helpers and is available to those who split below. A hint.
   std::atomic<bool> ownerWaits{false};
-  std::atomic<int> nextIndex{0};  // next entry of moves to hand out
-  std::atomic<int> moveCount{0};  // set to 0 by a cut-off
-  std::array<Move, MaxMoves> moves;
+
+  alignas(platform::CacheLine) std::array<Move, MaxMoves> moves;
   std::array<int, MaxMoves> threats;    // flags of the moves by flagQuietThreats
   std::array<Move, MaxSearchPly> path;  // from the search root to the node, null moves as 0
   std::array<Move, MaxSearchPly> pv;    // bestMove and its continuation, ended by 0
