@@ -1,6 +1,7 @@
 #include "search/tt.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <climits>
 #include <cstdio>
@@ -8,7 +9,9 @@
 #include <memory>
 
 #include "board/movegen.h"
+#include "platform/cpu.h"
 #include "platform/memory.h"
+#include "platform/thread.h"
 #include "search/worker.h"
 #include "shell/log.h"
 
@@ -23,6 +26,10 @@ constexpr std::uintptr_t Alignment = 128;  // bytes; a bucket never straddles a 
 constexpr int Ways = 4;
 constexpr int StaleWorth =
     -8192;  // what an entry of an earlier search is worth less than its depth
+
+constexpr std::uint64_t ClearedAtOnce = 32 << 20;  // bytes by one thread, unless processors lack
+constexpr std::uint64_t MostClearingThreads = 16;
+constexpr std::size_t ClearingStackBytes = 64 << 10;
 
 std::uint32_t lockOf(const Board& board) {
   return static_cast<std::uint32_t>(board.key >> 32) ^ static_cast<std::uint32_t>(board.key);
@@ -48,7 +55,6 @@ std::uint64_t Tt::resize(std::uint64_t kilobytes) {
       entries_ = bytes / EntryBytes;
       mask_ = entries_ - 1;
       table_ = reinterpret_cast<Slot*>(first);
-      std::uninitialized_default_construct_n(table_, entries_);
       clear();
       return bytes;
     }
@@ -61,10 +67,29 @@ std::uint64_t Tt::resize(std::uint64_t kilobytes) {
 }
 
 void Tt::clear() {
-  for (std::uint64_t i = 0; i < entries_; ++i) {
-    table_[i].words[0].store(0, std::memory_order_relaxed);
-    table_[i].words[1].store(0, std::memory_order_relaxed);
+  // The entries are made anew, all zero, whether or not there have been any. In a big table the
+  // system looks for memory meanwhile: that takes most of the time, and several threads share it,
+  // so that the memory lies near all processors, not just near the input thread's.
+  struct Part {
+    Slot* first;
+    std::uint64_t count;
+    platform::Thread thread;
+  };
+  const auto empty = [](void* argument) {
+    const Part& part = *static_cast<Part*>(argument);
+    std::uninitialized_value_construct_n(part.first, part.count);
+  };
+  std::array<Part, MostClearingThreads> parts;
+  const auto wanted = std::min({std::uint64_t{MostClearingThreads}, sizeBytes() / ClearedAtOnce + 1,
+                                static_cast<std::uint64_t>(platform::processorCount())});
+  for (std::uint64_t i = 0; i < wanted; ++i) {
+    const std::uint64_t from = entries_ * i / wanted;
+    parts[i].first = table_ + from;
+    parts[i].count = entries_ * (i + 1) / wanted - from;
+    const bool isLast = i + 1 == wanted;
+    if (isLast || !parts[i].thread.start(empty, &parts[i], ClearingStackBytes)) empty(&parts[i]);
   }
+  for (std::uint64_t i = 0; i < wanted; ++i) parts[i].thread.join();
   generation_ = 1;
 }
 
