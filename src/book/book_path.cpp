@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "book/book.h"
+#include "platform/install_places.h"
 #include "platform/paths.h"
 
 namespace quill {
@@ -10,7 +11,7 @@ namespace quill {
 std::string openBook(Book& book, const std::string& name, bool widely) {
   const std::filesystem::path own = platform::pathOf(name);
   const std::filesystem::path program = platform::programFolder();
-  const std::filesystem::path data = (program / QUILL_DATA_DIR).lexically_normal();
+  const std::filesystem::path data = (program / platform::DataPlace).lexically_normal();
   const std::filesystem::path folders[] = {"", program, data};
   for (const auto& folder : folders) {
     if (program.empty() && &folder != folders) break;

@@ -10,6 +10,7 @@
 #include "board/fen.h"
 #include "board/zobrist.h"
 #include "platform/cpu.h"
+#include "platform/install_places.h"
 #include "platform/paths.h"
 #include "platform/standard_streams.h"
 #include "shell/engine.h"
@@ -39,7 +40,8 @@ void findSettings(Engine& engine, const char* named) {
   const std::filesystem::path program = platform::programFolder();
   if (program.empty()) return;
   if (named != nullptr && loadSettings(engine, program / file)) return;
-  const auto installed = program / (named == nullptr ? QUILL_SETTINGS_DIR : QUILL_DATA_DIR);
+  const auto installed =
+      program / (named == nullptr ? platform::SettingsPlace : platform::DataPlace);
   loadSettings(engine, (installed / file).lexically_normal());
 }
 
