@@ -1,6 +1,7 @@
 #include "search/move_order.h"
 
 #include <algorithm>
+#include <climits>
 #include <utility>
 
 #include "eval/see.h"
@@ -10,6 +11,7 @@ namespace quill {
 namespace {
 
 constexpr int SortedPlaces = 8;  // most nodes are cut by one of the first moves
+constexpr int Group = 4;         // keys that are compared at once
 
 constexpr int HashMoveScore = 32767;
 constexpr int GoodCaptureScore = 4096;
@@ -126,18 +128,25 @@ Ordered scoreMove(const Board& board, Move move) {
 void sortMoves(Move* moves, int* scores, int count, int places) {
   if (count < 2) return;
   // Score and place in one number, the earlier place the higher: one maximum, free of branches,
-  // finds the next move.
-  int keys[MaxMoves];
+  // finds the next move. Whole groups of keys are looked at, so places that are done or behind the
+  // last move hold the lowest number.
+  alignas(16) int keys[MaxMoves];
   const auto keyOf = [](int score, int place) { return score * MaxMoves + MaxMoves - 1 - place; };
+  const int end = (count + Group - 1) / Group * Group;
   for (int i = 0; i < count; ++i) keys[i] = keyOf(scores[i], i);
+  for (int i = count; i < end; ++i) keys[i] = INT_MIN;
   places = std::min(places, count);
   for (int place = 0; place < places; ++place) {
-    int top = keys[place];
-    for (int i = place + 1; i < count; ++i) top = std::max(top, keys[i]);
+    int tops[Group] = {INT_MIN, INT_MIN, INT_MIN, INT_MIN};
+    for (int i = place / Group * Group; i < end; i += Group) {
+      for (int lane = 0; lane < Group; ++lane) tops[lane] = std::max(tops[lane], keys[i + lane]);
+    }
+    const int top = std::max(std::max(tops[0], tops[1]), std::max(tops[2], tops[3]));
     const int best = MaxMoves - 1 - (top & (MaxMoves - 1));
     std::swap(moves[place], moves[best]);
     std::swap(scores[place], scores[best]);
     keys[best] = keyOf(scores[best], best);
+    keys[place] = INT_MIN;
   }
 }
 
