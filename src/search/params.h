@@ -45,6 +45,9 @@ inline constexpr int ExtensionDepth = 3;
 inline constexpr int LateReduction = 2;     // of late moves while a rook or queen is left
 inline constexpr int LateFewReduction = 1;  // and otherwise
 
+// Nodes are split among threads from this depth on: what is below is done before a helper arrives.
+inline constexpr int SplitDepth = 4;
+
 // Checks of the clock: every so many nodes, a power of two.
 inline constexpr unsigned PollNodes = 256;
 inline constexpr unsigned PollQNodes = 4096;

@@ -327,8 +327,8 @@ Verdict searchMoves(Worker& worker, Node& node, NodeMoves& moves) {
   for (const Move* at = moves.list; at != moves.end; ++at) {
     const Move move = *at;
     if (excluded != NoMove && isSameMove(move, excluded)) continue;
-    if (canSplit(worker) && node.bestMove != NoMove && at + 1 != moves.end &&
-        !worker.isUnwinding()) {
+    if (node.depth >= SplitDepth && canSplit(worker) && node.bestMove != NoMove &&
+        at + 1 != moves.end && !worker.isUnwinding()) {
       if (const auto split = splitMoves(worker, node, moves, at))
         return takeSplit(worker, node, *split);
     }
