@@ -38,6 +38,65 @@ TEST(SplitPoint, SplittingTakesAnIdleThreadAndAFreeRecord) {
   }
 }
 
+// An owner that waits for its helpers can only be had by those who work below it.
+TEST(SplitPoint, SplittingTakesAnOwnerOnlyFromBelow) {
+  SearchKit kit;
+  Worker& worker = kit.worker();
+  SplitPoint above;
+  SplitPoint below;
+  below.parent = &above;
+  kit.state().idleCount = 1;
+  kit.state().waitingOwners = 1;
+  above.ownerWaits = true;
+  EXPECT_FALSE(canSplit(worker)) << "works nowhere";
+  worker.currentSplit = &below;
+  EXPECT_TRUE(canSplit(worker));
+  above.ownerWaits = false;
+  EXPECT_FALSE(canSplit(worker)) << "the owner waits elsewhere";
+  worker.currentSplit = nullptr;
+}
+
+// Whoever was given a split point and has not begun is free again when its owner takes it back, or
+// when it finds no move left there.
+TEST(SplitPoint, LateHelpersAreFreeAgain) {
+  SearchKit kit(2);
+  kit.setPosition(test::QuietFen);
+  Worker& owner = kit.worker();
+  Worker& helper = *kit.pool.workers[1];
+  const NodeParams node{};
+  const auto expectFree = [&](const SplitPoint& split) {
+    EXPECT_EQ(split.workers, 0);
+    EXPECT_EQ(helper.currentSplit, nullptr);
+    EXPECT_TRUE(helper.available);
+    EXPECT_EQ(kit.state().idleCount, 1);
+  };
+  findWork(helper);
+  for (const bool isTakenBack : {true, false}) {
+    SplitPoint* const split = trySplit(owner, node, 1);
+    ASSERT_NE(split, nullptr);
+    EXPECT_EQ(helper.currentSplit, split);
+    EXPECT_EQ(split->workers, 1);
+    EXPECT_EQ(kit.state().idleCount, 0);
+    EXPECT_EQ(joinAssigned(helper), nullptr) << "its moves are not there yet";
+    EXPECT_EQ(helper.currentSplit, split);
+    if (isTakenBack) {
+      takeBack(owner, *split);
+    } else {
+      split->moveCount = 0;
+      split->stage = SplitReady;
+      EXPECT_EQ(joinAssigned(helper), nullptr) << "it has no move left";
+    }
+    expectFree(*split);
+    owner.splitsInUse = 0;
+    owner.currentSplit = nullptr;
+  }
+  stopWaiting(helper, nullptr);
+  EXPECT_FALSE(helper.available);
+  EXPECT_EQ(kit.state().idleCount, 0);
+  EXPECT_EQ(helper.joins, 0u);
+  EXPECT_EQ(helper.drops, 2u);
+}
+
 // A node whose moves nobody comes for is as it was.
 TEST(SplitPoint, SplitIsUndoneWhenNobodyComes) {
   SearchKit kit;
