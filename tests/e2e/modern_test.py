@@ -214,14 +214,14 @@ class BookMoves(ModernTest):
         return go.last("nodes") == "0"
 
     def test_the_book_is_asked_for_a_players_moves_only(self):
-        clock = "wtime 900 btime 900"
+        clock = "wtime 9000 btime 9000"  # so long that even a slow machine searches some nodes
         with self.client() as client:
-            for limits in (clock, "movetime 50", "wtime 0 btime 0 winc 50 binc 50"):
+            for limits in (clock, "movetime 500", "wtime 0 btime 0 winc 50 binc 50"):
                 self.assertTrue(self.is_from_book(client, limits), limits)
             for limits in ("infinite", "ponder " + clock, "depth 2", "nodes 50",
-                           clock + " depth 2", clock + " nodes 50", "movetime 50 mate 1"):
+                           clock + " depth 2", clock + " nodes 50", "movetime 500 mate 1"):
                 self.assertFalse(self.is_from_book(client, limits), limits)
-            self.assertFalse(self.is_from_book(client, "movetime 50", only=["e2e4", "d2d4"]))
+            self.assertFalse(self.is_from_book(client, "movetime 500", only=["e2e4", "d2d4"]))
             for on, off in (("MultiPV value 2", "MultiPV value 1"),
                             ("UCI_AnalyseMode value true", "UCI_AnalyseMode value false"),
                             ("OwnBook value false", "OwnBook value true"),
