@@ -6,12 +6,13 @@
 
 #include "board/make_move.h"
 #include "board/notation.h"
+#include "support/regex.h"
 #include "uci/uci_fixture.h"
 
 namespace quill {
 namespace {
 
-using testing::ContainsRegex;
+using test::ContainsRegex;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
