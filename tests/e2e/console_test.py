@@ -50,14 +50,6 @@ class StartUp(SessionTest):
         self.assertIn("\nbook=good.bbk, 1 moves\nb=3\na=2\nbook.file=good.bbk\nallocating",
                       self.start_text())
 
-    def test_any_bytes_serve_as_settings(self):
-        for data in (b"\0" * 100, b"x" * (1 << 20), b"a\0b=c\n" * 1000, os.urandom(1 << 16)):
-            self.write("quill.ini", data)
-            self.assertIn("\ninitialized\n% ", self.start_text())
-        os.mkdir(os.path.join(self.folder, "folder.ini"))
-        self.assertNotIn("inifile", self.start_text("folder.ini"))
-
-
     def test_some_words_as_only_argument_start_nothing(self):
         for word in ("bench", "--help", "--version"):
             self.write(word, "book.file=\n")  # not taken for the settings file

@@ -100,15 +100,5 @@ TEST(Tokenizer, NumbersFallBackToTheDefaultOnlyAtTheEnd) {
   for (const int expected : {12, 0, -5, 9}) EXPECT_EQ(words.nextInt(9), expected);
 }
 
-TEST(Tokenizer, AMegabyteOfWordsIsReadInNoTime) {
-  std::string line;
-  for (int i = 0; i < 500'000; ++i) line += "a ";
-  Tokenizer words;
-  words.setArgs(line.c_str());
-  int count = 0;
-  for (; words.argsLeft(); ++count) words.nextToken();
-  EXPECT_EQ(count, 500'000);
-}
-
 }  // namespace
 }  // namespace quill::test
