@@ -1,13 +1,15 @@
 #!/usr/bin/env python3
 """Breaks one line of the engine at a time, and tells which breaks no test notices.
 
-  tools/mutate.py [--count N] [--seed N] [--layers LIST] [--jobs N] [--only LIST] [--list]
+  tools/mutate.py [--count N] [--seed N] [--layers LIST] [--jobs N] [--minutes M] [--only LIST]
+                  [--list]
 
 Each break is compiled in a copy of the working tree below build/mutate, never in the tree itself.
-The tests of its layer run first, then the others but the slow ones, until one fails; tests that take
-far longer than they should have noticed it too. A break that does not compile, or that compiles to
-the same code, is replaced by the next one. The same seed gives the same breaks as long as the
-sources are the same: `--only 12,40` tries numbers 12 and 40 again, after the tests were changed.
+The tests of its layer run first, then the others but the slow ones, until one fails; tests that
+take far longer than they should have noticed it too. A break that does not compile, or that
+compiles to the same code, is replaced by the next one. The same seed gives the same breaks as long
+as the sources are the same: `--only 12,40` tries numbers 12 and 40 again, after the tests were
+changed.
 
 A row of a table, and all rows around it, count as one line: tables are long. The build is without
 asserts, which notice more.
@@ -17,6 +19,7 @@ import argparse
 import concurrent.futures
 import hashlib
 import json
+import math
 import os
 import pathlib
 import random
@@ -34,10 +37,12 @@ PROJECT = pathlib.Path(__file__).resolve().parent.parent
 LAYERS = ["board", "eval", "search", "time", "uci", "book"]
 # The test programs, low layer to high.
 PROGRAMS = ["platform", "board", "eval", "time", "search", "smp", "book", "uci", "shell"]
-# Tests get so many times the processor time that they take without a break, and some seconds; their
-# time on the clock, which a busy machine stretches, counts for those that wait for ever.
+# Tests get so many times the processor time that they take without a break, and some seconds;
+# their time on the clock, which a busy machine stretches, counts for those that wait for ever.
 PATIENCE, SPARE_SECONDS, SPARE_WAIT = 4, 10, 60
 MEMORY_KB = 8 << 20  # address space of a test
+MOST_OUTPUT = 16 << 20  # bytes
+OUT_OF_TIME = 128 + signal.SIGXCPU  # exit status, as bash tells it
 
 
 # What can be broken.
@@ -78,8 +83,8 @@ DECLARATION = re.compile(
     r"\s*(?:const|constexpr|static|auto|inline|explicit|virtual|extern|typedef|case|default|goto|"
     r"delete|throw|else|do|\[\[)\b|\s*return\b(?!;)|\s*(?:[\w:]+(?:<.*>)?[*&]* +)+[\w\[\]]+ *[=({;]"
 )
-STATEMENT = re.compile(r"\s*(?:break;|continue;|return;|if \(.*\) .*;|[*+\w:(-].*(?:=|\(|\+\+|--).*;"
-                       r"|(?:\+\+|--).*;)\s*$")
+STATEMENT = re.compile(r"\s*(?:break;|continue;|return;|if \(.*\) .*;|(?:\+\+|--).*;|"
+                       r"[*+\w:(-].*(?:=|\(|\+\+|--).*;)\s*$")
 TABLE_ROW = re.compile(r"^(?=.*\d)[\s\d,.+{}()xXA-Fa-fuUlL'-]*$")
 
 # (kind, pattern, what may take its place)
@@ -250,7 +255,7 @@ class Workplace:
         what it writes are bounded as well: broken programs know no end."""
         shutil.rmtree(self.scratch, ignore_errors=True)
         self.scratch.mkdir(parents=True)
-        bounded = f'ulimit -Sv {MEMORY_KB}; ulimit -Sf {1 << 20}; ulimit -c 0; exec "$@"'
+        bounded = f'ulimit -Sv {MEMORY_KB}; ulimit -c 0; "$@" 2>&1 | head -c {MOST_OUTPUT}'
         limit = None
         if expected:
             bounded = f"ulimit -t {PATIENCE * expected.processor + SPARE_SECONDS:.0f}; {bounded}"
@@ -258,10 +263,10 @@ class Workplace:
         log = self.folder / "log"
         with open(log, "wb") as out:
             process = subprocess.Popen(
-                ["sh", "-c", bounded, "sh", *map(str, command)],
+                ["bash", "-o", "pipefail", "-c", bounded, "bash", *map(str, command)],
                 stdin=subprocess.DEVNULL,
                 stdout=out,
-                stderr=subprocess.STDOUT,
+                stderr=subprocess.DEVNULL,
                 cwd=self.scratch,
                 start_new_session=True,
                 env={**os.environ, "TMPDIR": str(self.scratch), "TEST_TMPDIR": str(self.scratch),
@@ -302,24 +307,25 @@ class Workplace:
         """Builds everything unbroken and runs all tests. On failure: ends the program."""
         self.copy_tree()
         ccache = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []
-        steps = [
-            self.run([
-                "cmake", "-G", "Ninja", "-S", self.tree, "-B", self.build, "-Wno-dev",
-                "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG",
-                "-DCMAKE_CXX_FLAGS=-w", "-DQUILL_BUILD_TESTS=ON", "-DQUILL_BUILD_BENCH=OFF", *ccache,
-            ]),
-            self.make("all", jobs=jobs),
-        ]
+
+        def require(name, outcome):
+            if outcome.status != 0:
+                sys.exit(f"{outcome.output}\nwithout a break: {name}: status {outcome.status}")
+
+        require("configure", self.run([
+            "cmake", "-G", "Ninja", "-S", self.tree, "-B", self.build, "-Wno-dev",
+            "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG",
+            "-DCMAKE_CXX_FLAGS=-w", "-DQUILL_BUILD_TESTS=ON", "-DQUILL_BUILD_BENCH=OFF", *ccache,
+        ]))
+        require("build", self.make("all", jobs=jobs))
         for name, command in self.tests(LAYERS[0]):
             began, before = time.monotonic(), resource.getrusage(resource.RUSAGE_CHILDREN)
-            steps.append(self.run(command))
+            require(name, self.run(command))
             used = resource.getrusage(resource.RUSAGE_CHILDREN)
             processor = used.ru_utime + used.ru_stime - before.ru_utime - before.ru_stime
             self.expected[name] = Times(time.monotonic() - began, processor)
-        for step in steps:
-            if step.status != 0:
-                sys.exit(f"{step.output}\nThe tree without a break does not build or pass.")
-        self.hashes = {path: self.hash(path) for path in self.build.rglob("*") if self.is_made(path)}
+        made = filter(self.is_made, self.build.rglob("*"))
+        self.hashes = {path: self.hash(path) for path in made}
 
     @staticmethod
     def is_made(path):
@@ -342,9 +348,9 @@ class Workplace:
             if name == layer:
                 stored = self.tree / "tests/data/fingerprint.txt"
                 yield "fingerprint", [self.build / "tools/fingerprint", "--check", stored]
-        # The names of GoogleTest's have a dot.
+        # What is left: the names of GoogleTest's have a dot, and scripts don't break.
         yield "ctest", ["ctest", "--test-dir", self.build, "-LE", "slow", "--stop-on-failure",
-                        "-E", r"[.]|^fingerprint$|^layers$|^map$|^install"]
+                        "-j2", "-E", r"[.]|^fingerprint$|^layers$|^map$|^install|^tools_[^q]"]
 
     def attempt(self, mutant):
         """What came of a break: "invalid", "same", "survived", or the test that noticed it."""
@@ -374,7 +380,7 @@ class Workplace:
             if name != "ctest" and not self.is_changed(command[0]):
                 continue
             done = self.run(command, self.expected[name])
-            if done.status in (None, -signal.SIGXCPU):
+            if done.status in (None, OUT_OF_TIME):
                 return f"{name} (time)"
             if done.status != 0:
                 failed = re.search(r"\[  FAILED  \] ([\w/.]+)|\d+ - (\S+) \(", done.output)
@@ -386,9 +392,10 @@ class Workplace:
 class Run:
     """All breaks of a run, tried in several workplaces at once."""
 
-    def __init__(self, mutants, count, places):
+    def __init__(self, mutants, count, places, minutes):
         self.mutants, self.count = mutants, count
         self.places = places
+        self.end = time.monotonic() + 60 * minutes
         self.lock = threading.Lock()
         self.outcomes = {}  # index in mutants -> outcome
         self.next = 0
@@ -396,6 +403,8 @@ class Run:
     def take(self):
         """The index of the next break, None when enough have been tried."""
         with self.lock:
+            if time.monotonic() > self.end:
+                return None
             tried = sum(o not in ("invalid", "same") for o in self.outcomes.values())
             if tried >= self.count or self.next >= len(self.mutants):
                 return None
@@ -410,7 +419,10 @@ class Run:
                 self.outcomes[index] = outcome
             where = f"{mutant.file}:{mutant.line}"
             seconds = time.monotonic() - began
-            print(f"{mutant.number:4} {where} {mutant.kind}: {outcome}, {seconds:.0f} s", flush=True)
+            print(f"{mutant.number:4} {where} {mutant.kind}: {outcome}, {seconds:.0f} s",
+                  flush=True)
+            if outcome == "survived":
+                print(f"     - {mutant.before.strip()}\n     + {mutant.after.strip()}", flush=True)
 
     def results(self):
         """(mutant, outcome) of those that count, in order, no more than were asked for."""
@@ -422,12 +434,9 @@ class Run:
 
 
 def report(results, left_out):
-    """Prints the survivors and the shares by layer."""
-    survivors = [mutant for mutant, outcome in results if outcome == "survived"]
-    for mutant in survivors:
-        print(f"\nsurvivor {mutant.number}: {mutant.file}:{mutant.line} ({mutant.kind})")
-        print(f"- {mutant.before.strip()}\n+ {mutant.after.strip()}")
-    print()
+    """Prints the shares by layer."""
+    survivors = [mutant.number for mutant, outcome in results if outcome == "survived"]
+    print("survivors: " + (", ".join(map(str, survivors)) or "none"))
     for layer in sorted({mutant.file.split("/")[1] for mutant, _ in results}):
         own = [outcome for mutant, outcome in results if mutant.file.split("/")[1] == layer]
         print(f"{layer}: {sum(o != 'survived' for o in own)} of {len(own)} caught")
@@ -443,6 +452,8 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--layers", default=",".join(LAYERS), help="folders of src")
     parser.add_argument("--jobs", type=int, default=2, help="breaks that are tried at a time")
+    parser.add_argument("--minutes", type=float, default=math.inf,
+                        help="begin no break after so many")
     parser.add_argument("--only", help="numbers of breaks to try, in place of a count")
     parser.add_argument("--list", action="store_true", help="show the breaks and try none")
     args = parser.parse_args()
@@ -464,7 +475,7 @@ def main():
         place.prepare(args.jobs)
         used = ", ".join(f"{name} {t.processor:.0f} s" for name, t in place.expected.items())
         print(f"workplace {place.folder.name}: the unbroken tree passes: {used}", flush=True)
-    run = Run(mutants, args.count, places)
+    run = Run(mutants, args.count, places, args.minutes)
     results = run.results()
     records = [{**mutant._asdict(), "outcome": outcome} for mutant, outcome in results]
     (folder / "results.json").write_text(json.dumps(records, indent=1), encoding="utf-8")
