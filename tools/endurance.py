@@ -132,7 +132,8 @@ def replay_long_game(args, verdict):
                 wrong.append(f"{answer.move} at ply {ply}")
         engine.ready()
         sizes = memory_of(engine)
-    verdict.expect(not wrong, f"{len(legal)} positions, answers that are not legal: {wrong[:3] or 0}")
+    text = f"{len(legal)} positions, answers that are not legal: {wrong[:3] or 0}"
+    verdict.expect(not wrong, text)
     verdict.expect(slowest < args.limit, f"slowest answer after {slowest * 1000:.0f} ms")
     print(f"memory at the end: {sizes[0]} KB")
 
@@ -170,8 +171,8 @@ def search_rounds(args, verdict):
         verdict.expect(rounds.rounds == args.rounds, text)
         late = memory_of(engine)
         if rounds.early:
-            verdict.expect(late[0] <= rounds.early[0] + SPARE_KB,
-                           f"memory after 1000 rounds {rounds.early[0]} KB, at the end {late[0]} KB")
+            text = f"memory after 1000 rounds {rounds.early[0]} KB, at the end {late[0]} KB"
+            verdict.expect(late[0] <= rounds.early[0] + SPARE_KB, text)
 
 
 # An analysis.
@@ -224,7 +225,7 @@ def main():
     def add(name, work, **numbers):
         part = parts.add_parser(name)
         part.add_argument("engine")
-        part.add_argument("--limit", type=float, default=1.0, help="seconds that an answer may take")
+        part.add_argument("--limit", type=float, default=1.0, help="seconds to an answer")
         part.add_argument("--seed", type=int, default=1)
         for option, default in numbers.items():
             part.add_argument(f"--{option}", type=type(default), default=default)
