@@ -39,9 +39,10 @@ void TimeControl::configure(const SearchLimits& limits, Colour stm) {
   infinite_.store(limits.hasNoTimeLimit());
   setNodeLimit(limits.nodes);
   depthLimit_ = limits.depth;
+  untimed_ = limits.untimed;
   const int clock = limits.clock[static_cast<unsigned>(stm)];
   if (limits.untimed) {
-    setMoveTime(NoLimit);
+    // The budgets stay for a later search that is not told its time.
   } else if (limits.moveTime >= 0) {
     setMoveTime(static_cast<std::uint32_t>(leftBeside(limits.overhead, limits.moveTime)));
   } else if (clock >= 0) {
@@ -53,7 +54,7 @@ void TimeControl::configure(const SearchLimits& limits, Colour stm) {
     allocateNodes(limits.nodes, limits.movesToGo);
   }
   // The clock ticks too coarsely to end a search after less than a millisecond.
-  if (profile_->minTime == 0 && phaseTime(NormalPhase) == 0) depthLimit_ = 1;
+  if (profile_->minTime == 0 && !limits.infinite && phaseTime(NormalPhase) == 0) depthLimit_ = 1;
   enterPhase(NormalPhase);
 }
 
@@ -77,6 +78,7 @@ void TimeControl::enterPhase(TimePhase phase) {
 }
 
 void TimeControl::setMoveTime(std::uint32_t ms) {
+  untimed_ = false;
   for (auto& time : phaseTime_) time.store(ms, std::memory_order_relaxed);
 }
 

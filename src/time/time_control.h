@@ -86,6 +86,7 @@ class TimeControl {
   bool canPonder() const { return canPonder_; }
   TimePhase phase() const { return phase_.load(std::memory_order_relaxed); }
   std::uint32_t phaseTime(int phase) const {
+    if (untimed_) return NoLimit;
     return phaseTime_[static_cast<unsigned>(phase)].load(std::memory_order_relaxed);
   }
   std::uint64_t phaseNodes(int phase) const {
@@ -108,6 +109,7 @@ class TimeControl {
   std::atomic<TimePhase> phase_{NormalPhase};
   std::atomic<bool> infinite_{false};  // no time limit: analysis or pondering
   bool canPonder_ = false;             // the GUI lets the engine ponder
+  bool untimed_ = false;               // no time limit for this search alone
   int depthLimit_ = 0;                 // 0 = none
   std::atomic<std::uint64_t> nodeLimit_{0};
   int refScore_ = 0;        // centipawns; what a score must fall below to count as a drop

@@ -91,11 +91,25 @@ TEST_F(ModernTimeTest, WhatIsTooLittleForABudgetEndsTheSearchWithItsFirstIterati
       {{.clock = {0, 9000}, .overhead = 30}, 1},
       {{.clock = {35, 9000}, .overhead = 20, .depth = 9}, 1},
       {{.clock = {500, 0}, .overhead = 20, .depth = 9}, 9},
-      {{.depth = 9, .untimed = true}, 9}};
+      {{.depth = 9, .untimed = true}, 9},
+      {{.overhead = 30, .moveTime = 30}, 1},
+      {{.infinite = true}, 0}};
   for (const auto& c : cases) {
     control.configure(c.first);
     EXPECT_EQ(control.depthLimit(), c.second) << "case " << &c - cases;
   }
+}
+
+TEST_F(ModernTimeTest, ASearchWithoutALimitOfTimeLeavesTheBudgetsToLaterOnes) {
+  control.setMoveTime(700);
+  control.configure({.depth = 9, .untimed = true});
+  EXPECT_EQ(control.limit(), TimeControl::NoLimit);
+  EXPECT_EQ(control.phaseTime(NewIterationPhase), TimeControl::NoLimit);
+  control.configure({});
+  EXPECT_EQ(control.limit(), 700u);
+  control.configure({.depth = 9, .untimed = true});
+  control.setMoveTime(800);
+  EXPECT_EQ(control.phaseTime(NormalPhase), 800u);
 }
 
 }  // namespace
