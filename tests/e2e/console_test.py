@@ -6,7 +6,7 @@ import signal
 import subprocess
 import unittest
 
-from session import ON_WINDOWS, QUILL, START_FEN, TIMEOUT, SessionTest
+from session import IS_SANITIZED, ON_WINDOWS, QUILL, START_FEN, TIMEOUT, SessionTest
 
 BANNER = "quill-1.0\n\n"
 ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
@@ -165,6 +165,15 @@ class Console(SessionTest):
     def test_all_threads_take_part_in_a_search(self):
         text = self.say("setoption name Threads value 4\nmt 1\ng\n")
         self.assertEqual(len(re.findall(r"^slave : ", text, re.MULTILINE)), 3, text)
+
+    @unittest.skipIf(IS_SANITIZED, "a sanitizer needs the address space itself")
+    def test_a_table_too_large_for_the_memory_is_made_smaller(self):
+        lines = "setoption name Hash value 4096\nposition startpos\ngo depth 5\n"
+        result = self.run_session(lines, memory=(3 if ON_WINDOWS else 1) << 30)
+        if "initialized" not in result.out:
+            self.skipTest("this build needs more address space to start")
+        self.assertIn("tt: malloc(4294967296) failed, retrying...\n", result.out)
+        self.assertEqual(len(result.answers()), 1)
 
     def test_bench_leaves_everything_as_it_was(self):
         with open(os.path.join(ROOT, "tests", "data", "fingerprint.txt"), encoding="utf-8") as file:

@@ -122,6 +122,31 @@ class Handshake(ModernTest):
 
 
 class Limits(ModernTest):
+    def test_an_unlimited_search_answers_when_it_is_told_to(self):
+        with self.client() as client:
+            for limits, fen, seen in (("infinite", BARE_KINGS, "info depth 120 "),
+                                      ("ponder wtime 9 btime 9", BARE_KINGS, "info depth 120 "),
+                                      ("ponder movetime 10", MATE_IN_1, "info depth 2"),
+                                      ("infinite depth 1", START_FEN, "info depth 2"),
+                                      ("", MATE_IN_1, "info depth 2"),
+                                      ("infinite", MATED, "info depth 0")):
+                client.set_position(fen)
+                client.go(limits)
+                client.until(seen)
+                client.send("isready")
+                if "ponder" not in limits:
+                    client.send("ponderhit")
+                client.drain(0.1)
+                client.send("ponderhit" if "ponder" in limits else "stop")
+                client.finish()
+            for end in ("position startpos", "ucinewgame", "setoption name Hash value 2"):
+                client.set_position(CASTLING)
+                client.go("infinite")
+                client.send("ponderhit")
+                client.drain(0.02)
+                client.send(end)
+                client.finish()
+
     def test_a_mate_is_searched_for_until_it_is_found(self):
         with self.client() as client:
             client.answer("movetime 1", MATE_IN_3)

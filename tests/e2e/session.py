@@ -2,6 +2,7 @@
 
 import os
 import re
+import resource
 import subprocess
 import tempfile
 import typing
@@ -41,12 +42,14 @@ class SessionTest(unittest.TestCase):
         with open(os.path.join(self.folder, name), "wb") as file:
             file.write(data if isinstance(data, bytes) else data.encode())
 
-    def run_session(self, text, *args):
-        """Feeds all lines in one write and waits for the end, which must be a regular one."""
+    def run_session(self, text, *args, memory=resource.RLIM_INFINITY):
+        """Feeds all lines in one write and waits for the end, which must be a regular one. The
+        program gets no more address space than memory says, in bytes."""
         data = text if isinstance(text, bytes) else text.encode()
         done = subprocess.run(
             [*QUILL, *args], input=data, capture_output=True, cwd=self.folder, timeout=TIMEOUT,
-            check=False)
+            check=False,
+            preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (memory, memory)))
         self.assertEqual(done.returncode, 0, data[:200])
         return Result(done.stdout.decode("latin-1"), done.stderr.decode("latin-1"), self.read_log())
 

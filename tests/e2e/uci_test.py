@@ -3,6 +3,7 @@
 import re
 import select
 import subprocess
+import time
 import unittest
 
 from session import QUILL, TIMEOUT, SessionTest
@@ -66,6 +67,17 @@ class Protocol(SessionTest):
         self.assertRegex(answer.move, MOVE)
         self.assertLessEqual(len(answer.infos), 1)
 
+    def test_ponders_until_the_move_is_played(self):
+        with Engine(QUILL, {"Threads": 4}, cwd=self.folder, timeout=TIMEOUT) as engine:
+            engine.send("position startpos moves e2e4 e7e5", "go ponder movetime 100")
+            time.sleep(0.5)
+            engine.send("isready")
+            lines = engine.until("readyok")
+            self.assertGreater(len(lines), 5)
+            self.assertNotIn("bestmove", "".join(lines))
+            engine.send("ponderhit")
+            self.assertRegex(engine.answer(time.monotonic()).move, MOVE)
+
 
 class Sequences(SessionTest):
     def test_stop_right_behind_go_is_never_lost(self):
@@ -91,7 +103,6 @@ class Endings(SessionTest):
         for go in ("go movetime 300", "go infinite", "go ponder wtime 9000", "go depth 6"):
             result = self.run_session(f"uci\nposition startpos\n{go}")
             self.assertEqual(len(result.answers()), 1, go)
-
 
 class BadInput(SessionTest):
     def test_odd_bytes_and_lengths_leave_the_engine_alive(self):
