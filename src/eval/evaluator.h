@@ -53,8 +53,7 @@ struct Evaluator {
 // Empties the cache and the pawn hash.
 void clearEvaluator(Evaluator& evaluator);
 
-// Prefetches what the caches hold of the board and of its pawns; to be called soon after a move is
-// made.
+// Prefetches what the caches hold of the board and of its pawns. To be called right after a move.
 inline void prefetchEvaluation(const Evaluator& evaluator) {
   const PawnHash& hash = evaluator.pawnHash;
   platform::prefetch(hash.table + (evaluator.board.pawnKey & hash.mask));
