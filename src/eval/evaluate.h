@@ -13,6 +13,10 @@ namespace quill {
 // Results of evaluate stay within +-MaxEvaluation, so that none can be taken for a mate score.
 inline constexpr int MaxEvaluation = 9999;
 
+// Stands for a value that nobody has needed yet. The search hardly ever looks at that of a side in
+// check.
+inline constexpr int NotEvaluated = -32768;
+
 inline constexpr int SideToMoveBonus = 7;  // centipawns
 
 // One evaluation step by step, in centipawns and from White's view unless a line says otherwise.
@@ -47,5 +51,11 @@ constexpr int blend(int opening, int endgame, int points) {
 // The value of the board in centipawns, side to move's view, within +-MaxEvaluation.
 // Requires: valid attack information.
 int evaluate(Evaluator& evaluator);
+
+// The board's value: the known one, or if that is NotEvaluated, the result of evaluate, with its
+// requirements and side effects.
+inline int evaluated(Evaluator& evaluator, int known) {
+  return known == NotEvaluated ? evaluate(evaluator) : known;
+}
 
 }  // namespace quill

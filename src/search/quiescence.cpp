@@ -30,7 +30,8 @@ struct QNode {
   int alpha;  // raised as better moves are found
   int beta;
   unsigned flags;
-  int eval = 0;
+  bool inCheck;  // the side to move is
+  int eval = NotEvaluated;
   int best = -MateScore;
   Move bestMove = NoMove;
   Move hashMove = NoMove;
@@ -69,7 +70,7 @@ void store(Worker& worker, const QNode& node, int bound, int score, Move move) {
 Verdict probeTable(Worker& worker, QNode& node) {
   TtEntry entry;
   if (!worker.tt.probe(worker, entry)) {
-    node.eval = evaluate(worker.evaluator);
+    if (!node.inCheck) node.eval = evaluate(worker.evaluator);
     return {};
   }
   if (!isPv(node)) {
@@ -79,7 +80,7 @@ Verdict probeTable(Worker& worker, QNode& node) {
       return score;
     }
   }
-  node.eval = entry.eval;
+  node.eval = node.inCheck ? entry.eval : evaluated(worker.evaluator, entry.eval);
   node.hashMove = withoutMark(entry.move);
   return {};
 }
@@ -211,8 +212,10 @@ Verdict prepareQuiet(Worker& worker, QNode& node, QMoves& moves) {
 
 // Leaves out the quiet evasions when the evaluation is well below alpha anyway and no mate or
 // threat of our own can lift it.
-void dropQuietEvasions(const Board& board, QNode& node, QMoves& moves) {
+void dropQuietEvasions(Worker& worker, QNode& node, QMoves& moves) {
+  const Board& board = worker.board;
   const Colour enemy = board.stm ^ 1;
+  node.eval = evaluated(worker.evaluator, node.eval);
   if (node.alpha <= node.eval + EvasionMargin || findMateInOne(board, enemy) != NoMove ||
       threatValue(board, enemy) != 0) {
     return;
@@ -224,12 +227,13 @@ void dropQuietEvasions(const Board& board, QNode& node, QMoves& moves) {
   moves.size = kept;
 }
 
-Verdict prepareEvasions(const Board& board, QNode& node, QMoves& moves) {
+Verdict prepareEvasions(Worker& worker, QNode& node, QMoves& moves) {
+  const Board& board = worker.board;
   moves.size = static_cast<int>(generateEvasions(board, moves.list) - moves.list);
   const int evasions = moves.size;
   if (evasions == 0) return -MateScore + node.ply;
   if (node.checkDepth <= 1 && evasions != 2) node.checkDepth = evasions == 1 ? 1 : 0;
-  if (evasions > 1 && !isPv(node)) dropQuietEvasions(board, node, moves);
+  if (evasions > 1 && !isPv(node)) dropQuietEvasions(worker, node, moves);
   orderEvasions(board, moves.list, moves.list + moves.size, node.hashMove);
   if (evasions == 1) moves.list[0] |= MarkFlag;
   return {};
@@ -288,7 +292,7 @@ Move pickAhead(const Worker& worker, QMoves& moves, int at) {
   return move;
 }
 
-Verdict searchMoves(Worker& worker, QNode& node, QMoves& moves, bool inCheck) {
+Verdict searchMoves(Worker& worker, QNode& node, QMoves& moves) {
   Board& board = worker.board;
   Move next = pickAhead(worker, moves, 0);
   for (int i = 0; i < moves.size; ++i) {
@@ -298,7 +302,7 @@ Verdict searchMoves(Worker& worker, QNode& node, QMoves& moves, bool inCheck) {
     const int score = searchChild(worker, node);
     unmakeMove(board, move, node.undo);
     if (worker.isUnwinding()) return 0;
-    if (const Verdict cut = takeScore(worker, node, move, score, !inCheck && isQuiet(move)))
+    if (const Verdict cut = takeScore(worker, node, move, score, !node.inCheck && isQuiet(move)))
       return cut;
   }
   return {};
@@ -307,23 +311,22 @@ Verdict searchMoves(Worker& worker, QNode& node, QMoves& moves, bool inCheck) {
 int searchNode(Worker& worker, QNode& node) {
   const Board& board = worker.board;
   if (const Verdict score = probeTable(worker, node)) return *score;
-  if (node.ply > DeepestPly) return node.eval;
-  const bool inCheck = board.isInCheck();
+  if (node.ply > DeepestPly) return evaluated(worker.evaluator, node.eval);
   QMoves moves;
   if (const Verdict score =
-          inCheck ? prepareEvasions(board, node, moves) : prepareQuiet(worker, node, moves))
+          node.inCheck ? prepareEvasions(worker, node, moves) : prepareQuiet(worker, node, moves))
     return *score;
   if (node.beta <= node.ply - MateScore + 2) return node.beta;
   node.undo = board;
-  if (!inCheck) {
+  if (!node.inCheck) {
     if (const Verdict score = searchMateInOne(worker, node)) return *score;
   }
-  if (const Verdict score = searchMoves(worker, node, moves, inCheck)) return *score;
+  if (const Verdict score = searchMoves(worker, node, moves)) return *score;
   if (node.checkPhaseDue) {
     const Bitboard uncovered = ~board.own().bb[0] & ~node.targets;
     moves.size = static_cast<int>(generateQuietChecks(board, moves.list, uncovered) - moves.list);
     moves.isSorted = true;
-    if (const Verdict score = searchMoves(worker, node, moves, inCheck)) return *score;
+    if (const Verdict score = searchMoves(worker, node, moves)) return *score;
   }
   store(worker, node, node.best > node.entryAlpha ? ExactBound : UpperBound, node.best,
         node.bestMove);
@@ -348,6 +351,7 @@ int qsearch(Worker& worker, int ply, int checkDepth, int alpha, int beta, unsign
   node.alpha = alpha;
   node.beta = beta;
   node.flags = flags;
+  node.inCheck = worker.board.isInCheck();
   return searchNode(worker, node);
 }
 

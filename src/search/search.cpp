@@ -67,8 +67,9 @@ int failHigh(Worker& worker, const Node& node, Move move, int score) {
 // What the table knows: a cut-off, or the evaluation and the hash move.
 Verdict probeTable(Worker& worker, Node& node) {
   TtEntry entry;
+  node.eval = NotEvaluated;
   if (!worker.tt.probe(worker, entry)) {
-    node.eval = evaluate(worker.evaluator);
+    if (!node.inCheck) node.eval = evaluate(worker.evaluator);
     return {};
   }
   const int score = scoreFromTable(entry.score, node.ply);
@@ -80,7 +81,7 @@ Verdict probeTable(Worker& worker, Node& node) {
     setLine(worker, node.ply, entry.move);
     return score;
   }
-  node.eval = entry.eval;
+  if (!node.inCheck) node.eval = evaluated(worker.evaluator, entry.eval);
   if ((node.flags & (PvNode | CutNode)) != 0) node.hashMove = entry.move;
   return {};
 }
@@ -249,7 +250,7 @@ Verdict prepareMoves(Worker& worker, Node& node, NodeMoves& moves) {
 // Computes the threat flags of the late moves from this one on, once, where they matter: most nodes
 // are decided by an early move, and a node that is not behind needs none.
 void flagThreats(const Worker& worker, const Node& node, NodeMoves& moves, const Move* from) {
-  if (moves.hasThreats || node.eval >= node.beta || node.inCheck) return;
+  if (moves.hasThreats || node.inCheck || node.eval >= node.beta) return;
   moves.hasThreats = true;
   flagQuietThreats(worker.board, from, moves.end, moves.threats + (from - moves.list),
                    node.beta - node.eval);
@@ -368,7 +369,7 @@ int searchNode(Worker& worker, Node& node) {
   if ((node.flags & (CutNode | NullOk)) == (CutNode | NullOk) && !node.inCheck)
     worker.tt.prefetchChild(board, NoMove);
   if (const Verdict score = probeTable(worker, node)) return *score;
-  if (node.ply > DeepestPly) return node.eval;
+  if (node.ply > DeepestPly) return evaluated(worker.evaluator, node.eval);
   // 4. Mate distance.
   if (const Verdict score = pruneByMateDistance(node)) return *score;
   // 5. Static null move.

@@ -36,7 +36,7 @@ struct TtEntry {
   std::uint8_t bound;       // BoundFlags; 0 marks an empty entry
   std::int8_t depth;        // plies, at most 127; -64 for unsearched moves of a principal variation
   std::int16_t score;       // mate scores relative to this position
-  std::int16_t eval;        // static evaluation
+  std::int16_t eval;        // static evaluation, or NotEvaluated
   std::uint8_t generation;  // of the table when written or last found
 };
 
