@@ -8,6 +8,7 @@ Each opening is played twice with colours changed; --openings takes the first ei
 line of a file like data/openings.txt. Games end by the rules, or with --adjudicate also when both
 engines have agreed for long enough that one side has won or that nobody will. Every move's legality
 and every clock is checked; an illegal move, a lost clock or a crash loses the game and is counted.
+--pgn keeps the games, with score, depth and time behind each move.
 Options for one engine: --option1 Threads=2 --option2 Hash=64 (repeatable); names: --name1, --name2.
 """
 
@@ -16,6 +17,7 @@ import math
 import multiprocessing
 import pathlib
 import sys
+import textwrap
 import time
 
 from chess_rules import Position
@@ -78,7 +80,7 @@ class Game:
         self.players = players
         self.position = Position()
         self.moves = []
-        self.san = []
+        self.san = []  # behind an engine's move what it says of it, as a comment
         self.clocks = [Clock(control, args.slack / 1000) for _ in range(2)]
         self.movetime = args.movetime
         self.max_plies = args.max_plies
@@ -149,6 +151,8 @@ class Game:
             score = answer.score() or 0
             self.scores.append(score if self.position.white else -score)
         self.make(answer.move)
+        self.san[-1] += f" {{{(answer.score() or 0) / 100:+.2f}/{answer.last('depth')}"
+        self.san[-1] += f" {answer.seconds:.2f}s}}"
         return None
 
     def pgn(self, number, result, reason):
@@ -162,13 +166,12 @@ class Game:
             "Result": result,
             "Termination": reason,
         }
-        text = ""
-        for ply, san in enumerate(self.san):
-            text += (f"{ply // 2 + 1}. " if ply % 2 == 0 else "") + san + " "
-            if ply % 16 == 15:
-                text = text.rstrip() + "\n"
+        words = " ".join(
+            (f"{ply // 2 + 1}. " if ply % 2 == 0 else "") + san for ply, san in enumerate(self.san)
+        )
+        text = textwrap.fill(f"{words} {result}", 100, break_long_words=False)
         head = "".join(f'[{key} "{value}"]\n' for key, value in tags.items())
-        return f"{head}\n{text}{result}\n\n"
+        return f"{head}\n{text}\n\n"
 
 
 FAULTS = ("illegal move", "time forfeit", "crash")
