@@ -147,12 +147,11 @@ class Game:
             return f"time forfeit: {took}"
         if answer.move not in self.position.legal_moves():
             return f"illegal move: {answer.move} in {self.position.fen()}"
+        score = answer.score() or 0
         if self.scores is not None:
-            score = answer.score() or 0
             self.scores.append(score if self.position.white else -score)
         self.make(answer.move)
-        self.san[-1] += f" {{{(answer.score() or 0) / 100:+.2f}/{answer.last('depth')}"
-        self.san[-1] += f" {answer.seconds:.2f}s}}"
+        self.san[-1] += f" {{{score / 100:+.2f}/{answer.last('depth')} {answer.seconds:.2f}s}}"
         return None
 
     def pgn(self, number, result, reason):
@@ -169,7 +168,7 @@ class Game:
         words = " ".join(
             (f"{ply // 2 + 1}. " if ply % 2 == 0 else "") + san for ply, san in enumerate(self.san)
         )
-        text = textwrap.fill(f"{words} {result}", 100, break_long_words=False)
+        text = textwrap.fill(f"{words} {result}", 100, break_on_hyphens=False)
         head = "".join(f'[{key} "{value}"]\n' for key, value in tags.items())
         return f"{head}\n{text}\n\n"
 

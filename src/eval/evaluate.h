@@ -13,8 +13,8 @@ namespace quill {
 // Results of evaluate stay within +-MaxEvaluation, so that none can be taken for a mate score.
 inline constexpr int MaxEvaluation = 9999;
 
-// Stands for a value that nobody has needed yet. The search hardly ever looks at that of a side in
-// check.
+// Stands for a value that nobody has needed yet: the search hardly ever looks at the one of a side
+// in check.
 inline constexpr int NotEvaluated = -32768;
 
 inline constexpr int SideToMoveBonus = 7;  // centipawns
