@@ -13,8 +13,7 @@ namespace quill {
 // Results of evaluate stay within +-MaxEvaluation, so that none can be taken for a mate score.
 inline constexpr int MaxEvaluation = 9999;
 
-// Stands for a value that nobody has needed yet: the search hardly ever looks at the one of a side
-// in check.
+// Stands for a value that nobody has needed yet; a side in check is evaluated only on demand.
 inline constexpr int NotEvaluated = -32768;
 
 inline constexpr int SideToMoveBonus = 7;  // centipawns
