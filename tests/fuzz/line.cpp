@@ -34,7 +34,8 @@ bool hasLongNumber(const std::string& text, int digits) {
 }
 
 bool isWanted(const std::string& line) {
-  const std::string text = lowerCase(line);
+  std::string text = lowerCase(line);
+  text.erase(text.find_last_not_of(" \r") + 1);  // as the modern profile reads it
   const std::string word = text.substr(0, text.find(' '));
   if (word == "quit" || word == "g" || word == "bench") return false;
   if (word == "perft" || word == "divide")
